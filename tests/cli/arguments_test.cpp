@@ -1,0 +1,128 @@
+#include "platform/cli/arguments.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/cli/attributes.h"
+#include "platform/cli/commands.h"
+#include "platform/wire/path.h"
+
+namespace standin::cli {
+namespace {
+
+using Access = NorthboundSession::Access;
+
+TEST(CliArguments, OptionsStandBeforeTheCommand) {
+  struct Case {
+    Words words;
+    std::uint16_t port;
+    Words command;
+  };
+  const Case cases[] = {
+      {{}, 4565, {}},
+      {{"get", "/a"}, 4565, {"get", "/a"}},
+      {{"-P", "1", "get", "/a"}, 1, {"get", "/a"}},
+      {{"-P65535", "--", "set", "/a", "-P"}, 65535, {"set", "/a", "-P"}},
+      {{"--", "-x"}, 4565, {"-x"}},
+  };
+  for (const Case& c : cases) {
+    const Arguments parsed = parse_arguments(c.words);
+    EXPECT_EQ(parsed.port, c.port);
+    EXPECT_EQ(parsed.command, c.command);
+  }
+}
+
+TEST(CliArguments, UnusableOptionsAreUsageErrors) {
+  const Words cases[] = {{"-x"},        {"-P"},       {"-P", "0"}, {"-P", "65536"},
+                         {"-P", "12x"}, {"-P", "-1"}, {"--json"},  {"-P", ""}};
+  for (const Words& words : cases) {
+    EXPECT_THROW(parse_arguments(words), UsageError) << words.back();
+  }
+}
+
+TEST(CliCommands, WordsAreSortedIntoOptionAndOperands) {
+  struct Case {
+    Words words;
+    bool option;
+    Words operands;
+    Access access;
+  };
+  const Case cases[] = {
+      {{"show"}, false, {}, Access::read},
+      {{"show", "--json", "/a"}, true, {"/a"}, Access::read},
+      {{"show", "/a", "--json"}, true, {"/a"}, Access::read},
+      {{"set", "/a", "-5"}, false, {"/a", "-5"}, Access::write},
+      {{"set", "/a", "--"}, false, {"/a", "--"}, Access::write},
+      {{"set", "--", "/a", "--json"}, false, {"/a", "--json"}, Access::write},
+      {{"attr", "/a"}, false, {"/a"}, Access::read},
+      {{"attr", "/a", "tags"}, false, {"/a", "tags"}, Access::read},
+      {{"attr", "/a", "tags", "x"}, false, {"/a", "tags", "x"}, Access::write},
+      {{"attr", "/a", "tags", "--delete"}, true, {"/a", "tags"}, Access::write},
+      {{"attr", "/a", "tags", "--", "--delete"}, false, {"/a", "tags", "--delete"}, Access::write},
+      {{"status"}, false, {}, Access::none},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.words));
+    const Call call = parse_command(c.words);
+    EXPECT_EQ(call.option, c.option);
+    EXPECT_EQ(call.operands, c.operands);
+    EXPECT_EQ(access_of(call), c.access);
+  }
+}
+
+TEST(CliCommands, WrongCommandsOptionsAndCountsAreUsageErrors) {
+  const Words cases[] = {{"frobnicate"},       {"get"},          {"get", "/a", "/b"},
+                         {"get", "--json"},    {"case", "/a"},   {"set"},
+                         {"set", "-x", "/a"},  {"commit", "x"},  {"load"},
+                         {"show", "/a", "/b"}, {"start", "now"}, {"attr", "--delete"}};
+  for (const Words& words : cases) {
+    EXPECT_THROW(parse_command(words), UsageError) << testing::PrintToString(words);
+  }
+}
+
+TEST(ErrorLine, IsOneLine) {
+  EXPECT_EQ(error_line("no\nsuch\tnode\x7f!\n"), "error: no such node !");
+  EXPECT_EQ(error_line(""), "error:");
+}
+
+TEST(CliAttributes, NamesAndNumbersGoBothWays) {
+  for (const char* name : {"annotation", "tags", "inactive", "42"}) {
+    EXPECT_EQ(attribute_name(attribute_number(name)), name);
+  }
+  EXPECT_EQ(attribute_number("0x80000000"), attribute_number("tags"));
+  for (const char* name : {"", "tag", "12x", "-1", "4294967296", "0x"}) {
+    EXPECT_THROW(attribute_number(name), UsageError) << name;
+  }
+}
+
+TEST(CliAttributes, ValuesFollowTheAttribute) {
+  struct Case {
+    std::string name;
+    Words given;
+    Value value;
+    Words shown;
+  };
+  const Case cases[] = {
+      {"annotation", {"a b"}, Value::buf("a b"), {"a b"}},
+      {"annotation", {""}, Value::buf(""), {""}},
+      {"tags", {"red blue"}, Value::list({Value::buf("red"), Value::buf("blue")}), {"red", "blue"}},
+      {"tags",
+       {"red", "\"a b\""},
+       Value::list({Value::buf("red"), Value::buf("a b")}),
+       {"red", "a b"}},
+      {"tags", {""}, Value::list({}), {}},
+      {"inactive", {""}, Value::boolean(true), {}},
+      {"7", {"x"}, Value::buf("x"), {"x"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    const Value value = attribute_value(attribute_number(c.name), c.given);
+    EXPECT_EQ(value, c.value);
+    EXPECT_EQ(attribute_words(value), c.shown);
+  }
+  EXPECT_THROW(attribute_value(attribute_number("annotation"), {"a", "b"}), UsageError);
+  EXPECT_THROW(attribute_value(attribute_number("inactive"), {"false"}), UsageError);
+  EXPECT_THROW(attribute_value(attribute_number("tags"), {"\"open"}), PathError);
+}
+
+}  // namespace
+}  // namespace standin::cli

@@ -1,0 +1,110 @@
+#include "platform/cli/batch.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "scripted-server.h"
+
+namespace standin::cli {
+namespace {
+
+struct BatchRun {
+  int status = -1;
+  std::string out, errors;
+  std::vector<Op> asked;
+};
+
+BatchRun run(const std::string& lines, std::vector<std::string> answers, bool keep_going) {
+  ScriptedServer server(std::move(answers));
+  BatchRun ran;
+  {
+    NorthboundSession session(server.port(), "test", NorthboundSession::Access::write);
+    std::istringstream in(lines);
+    std::ostringstream out, errors;
+    Context context{session, out, in};
+    ran.status = run_batch(context, errors, keep_going);
+    ran.out = out.str();
+    ran.errors = errors.str();
+  }
+  ran.asked = server.asked();
+  return ran;
+}
+
+std::string done() { return granted().take(); }
+std::string not_there() { return granted().put_nil().put(false).take(); }
+
+TEST(CliBatch, AnswersStandInOrderAndCommitEndsIt) {
+  const BatchRun ran =
+      run("# comment\n\nget /a\nget /b\nget /c\nexists /d\nset /e x\nkeys /f\n",
+          {granted().put("text").put(false).take(),
+           granted().put(std::vector<std::string>{"x", "y z", ""}).put(true).take(), not_there(),
+           granted().put(false).take(), done(),
+           granted()
+               .array(2)
+               .put(std::vector<std::string>{"k"})
+               .put(std::vector<std::string>{"a b", "c"})
+               .take(),
+           done()},
+          false);
+  EXPECT_EQ(ran.status, kDone);
+  EXPECT_EQ(ran.out, "text\nx \"y z\" \"\"\nnot there\nfalse\nk\n\"a b\" c\n");
+  EXPECT_EQ(ran.errors, "");
+  EXPECT_EQ(ran.asked, (std::vector{Op::nb_open, Op::nb_get, Op::nb_get, Op::nb_get, Op::nb_exists,
+                                    Op::nb_set, Op::nb_keys, Op::nb_commit}));
+}
+
+TEST(CliBatch, FirstErrorAbortsIt) {
+  const BatchRun ran =
+      run("create /a\ncreate /b\n", {refused(ErrorCode::failed, "no\nway"), done()}, false);
+  EXPECT_EQ(ran.status, kRefused);
+  EXPECT_EQ(ran.out, "");
+  EXPECT_EQ(ran.errors, "error: no way\n");
+  EXPECT_EQ(ran.asked, (std::vector{Op::nb_open, Op::nb_create, Op::nb_abort}));
+}
+
+TEST(CliBatch, KeepsGoingWhenAsked) {
+  const BatchRun ran = run("create /a\nfrobnicate\nget a\nget \"\ncreate /b\n",
+                           {refused(ErrorCode::failed, "no way"), done(), done()}, true);
+  EXPECT_EQ(ran.status, kRefused);
+  EXPECT_EQ(ran.errors, "");
+  std::istringstream lines(ran.out);
+  int errors = 0;
+  for (std::string line; std::getline(lines, line); ++errors)
+    EXPECT_TRUE(line.starts_with("error: "));
+  EXPECT_EQ(errors, 4);
+  EXPECT_EQ(ran.asked, (std::vector{Op::nb_open, Op::nb_create, Op::nb_create, Op::nb_commit}));
+}
+
+TEST(CliBatch, RefusedCommitAtTheEndIsAnError) {
+  for (const bool keep_going : {false, true}) {
+    const BatchRun ran = run("", {refused(ErrorCode::conflict, "too late")}, keep_going);
+    EXPECT_EQ(ran.status, kRefused);
+    EXPECT_EQ(ran.out, "");
+    EXPECT_EQ(ran.errors, "error: too late\n");
+  }
+}
+
+TEST(CliBatch, SecretIsReadFromTheNextLine) {
+  const std::string secret = granted()
+                                 .put("leaf")
+                                 .put("string")
+                                 .put("A password.")
+                                 .put(true)
+                                 .put(std::vector<std::string>{})
+                                 .take();
+  const BatchRun ran =
+      run("set /a\n pass \"word\nget /b\n", {secret, done(), not_there(), done()}, false);
+  EXPECT_EQ(ran.status, kDone);
+  EXPECT_EQ(ran.out, "not there\n");
+  EXPECT_EQ(ran.asked,
+            (std::vector{Op::nb_open, Op::nb_describe, Op::nb_set, Op::nb_get, Op::nb_commit}));
+}
+
+TEST(CliBatch, ServerThatGoesIsAnErrorOfItsOwn) {
+  EXPECT_THROW(run("get /a\nget /b\n", {not_there()}, true), ConnectionLost);
+  EXPECT_THROW(run("get /a\n", {std::string("\0\0\0\1\xc1", 5)}, true), WireError);
+}
+
+}  // namespace
+}  // namespace standin::cli

@@ -1,0 +1,156 @@
+// Transactions: isolation, conflicts, phases.
+#include <fstream>
+
+#include "world.h"
+
+namespace standin {
+namespace {
+
+using Transactions = ServerTest;
+
+std::optional<std::string> text_of(NorthboundSession& session, const std::string& path) {
+  const auto got = session.get(at(path));
+  return got ? std::optional(got->texts.front()) : std::nullopt;
+}
+
+TEST_F(Transactions, OnlyACommitReachesOthers) {
+  NorthboundSession writer(port(), "writer", Access::write);
+  writer.set(at(kSysName), {"one"});
+  EXPECT_EQ(text_of(writer, kSysName), "one");
+  NorthboundSession reader(port(), "reader", Access::read);
+  EXPECT_EQ(text_of(reader, kSysName), std::nullopt);
+  writer.abort();
+  EXPECT_EQ(text_of(writer, kSysName), std::nullopt);
+  writer.set(at(kSysName), {"two"});
+  writer.commit();
+  EXPECT_EQ(text_of(reader, kSysName), "two");
+  EXPECT_THROW(reader.set(at(kSysName), {"three"}), Refused);
+}
+
+TEST_F(Transactions, SlowerOfTwoWritersIsRefusedAndMayTryAgain) {
+  struct Case {
+    const char* what;
+    std::string fast, slow;
+    bool slow_reads_first, conflict;
+  };
+  const Case cases[] = {{"same leaf", kSysName, kSysName, false, true},
+                        {"other leaves", kSysName, kSysContact, false, false},
+                        {"read by the slower", kSysName, kSysContact, true, true}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    NorthboundSession fast(port(), "fast", Access::write), slow(port(), "slow", Access::write);
+    if (c.slow_reads_first) slow.get(at(c.fast));
+    slow.set(at(c.slow), {"slow"});
+    fast.set(at(c.fast), {"fast"});
+    fast.commit();
+    try {
+      slow.commit();
+      EXPECT_FALSE(c.conflict);
+    } catch (const Refused& e) {
+      EXPECT_TRUE(c.conflict);
+      EXPECT_EQ(e.code, ErrorCode::conflict);
+      slow.abort();
+      slow.set(at(c.slow), {"slow"});
+      slow.commit();
+    }
+    EXPECT_EQ(text_of(fast, c.slow), "slow");
+  }
+}
+
+TEST_F(Transactions, DiffNamesWhatEndsOtherwiseThanItBegan) {
+  NorthboundSession session(port(), "test", Access::write);
+  session.set(at(kSysName), {"before"});
+  session.commit();
+  session.set(at(kSysName), {"after"});
+  session.set(at(kSysContact), {"new"});
+  const auto changes = session.diff();
+  ASSERT_EQ(changes.size(), 2U);
+  EXPECT_EQ(changes[0].kind, '~');
+  EXPECT_EQ(changes[0].path, kSysName);
+  EXPECT_EQ(changes[0].before, "before");
+  EXPECT_EQ(changes[0].after, "after");
+  EXPECT_EQ(changes[1].kind, '+');
+  session.set(at(kSysName), {"before"});
+  session.remove(at(kSysContact));
+  EXPECT_TRUE(session.diff().empty());
+}
+
+TEST_F(Transactions, RowsComeInPiecesWithTheirLeaves) {
+  RawClient client(port(), SocketKind::maapi, "test");
+  const std::uint64_t handle = client.maapi(std::move(message(Op::nb_open).put(true))).number();
+  const std::string table =
+      "/SNMP_NOTIFICATION_MIB:SNMP-NOTIFICATION-MIB/snmpNotifyTable/snmpNotifyEntry";
+  for (const char* key : {"b", "a", "c"})
+    client.request(std::move(message(Op::create).put(handle).put(at(table + "{" + key + "}"))));
+  std::vector<std::string> seen;
+  bool end = false;
+  std::optional<Level> last;
+  while (!end) {
+    FrameWriter frame = message(Op::next_rows);
+    frame.put(handle).put(at(table));
+    if (last)
+      frame.put(*last);
+    else
+      frame.put_nil();
+    frame.put(std::uint64_t{2}).put(true);
+    FrameReader in = client.maapi(frame);
+    end = in.boolean();
+    for (std::size_t rows = in.array(); rows > 0; --rows) {
+      in.array();
+      last = in.level();
+      seen.push_back(to_text(last->front()));
+      const std::size_t leaves = in.array();
+      EXPECT_GE(leaves, 1U);
+      for (std::size_t i = 0; i < leaves; ++i) {
+        in.array();
+        in.value();
+        in.value();
+      }
+    }
+  }
+  EXPECT_EQ(seen, (std::vector<std::string>{"a", "b", "c"}));
+}
+
+TEST_F(Transactions, InitialConfigurationIsOpenUntilItIsStarted) {
+  const std::string file = directory() + "/init.json";
+  std::ofstream(file) << R"({"SNMPv2-MIB:SNMPv2-MIB": {"system": {"sysName": "initial"}}})";
+  serve(std::chrono::seconds(5), file);
+  NorthboundSession session(port(), "test", Access::write);
+  EXPECT_EQ(session.status().phase, 0U);
+  RawClient cdb(port(), SocketKind::cdb, "test");
+  FrameReader phase = cdb.request(message(Op::cdb_phase));
+  EXPECT_EQ(phase.number(), 0U);
+  EXPECT_EQ(phase.number(), 1U);
+
+  RawClient daemon(port(), SocketKind::maapi, "daemon");
+  const std::uint64_t handle = daemon.maapi(message(Op::attach_init)).number();
+  const auto get = [&](const std::string& path) {
+    FrameWriter frame = message(Op::get_elem);
+    frame.put(handle).put(at(path));
+    return to_text(daemon.maapi(frame).value());
+  };
+  EXPECT_EQ(get(kSysName), "initial");
+  daemon.request(
+      std::move(message(Op::set_elem).put(handle).put(at(kSysContact)).put(Value::buf("daemon"))));
+
+  EXPECT_TRUE(session.start());
+  EXPECT_FALSE(session.start());
+  EXPECT_EQ(session.status().phase, 2U);
+  EXPECT_EQ(text_of(session, kSysContact), "daemon");
+  EXPECT_THROW(get(kSysName), Refused);
+  EXPECT_THROW(daemon.maapi(message(Op::attach_init)), Refused);
+
+  serve(std::chrono::seconds(5), file);
+  NorthboundSession again(port(), "test", Access::read);
+  EXPECT_EQ(again.status().phase, 2U);
+  EXPECT_EQ(text_of(again, kSysName), "initial");
+}
+
+TEST_F(Transactions, InitialFileWithWhatDaemonsServeIsRefused) {
+  const std::string file = directory() + "/init.json";
+  std::ofstream(file) << R"({"snmp:snmp": {"community": [{"index": "public"}]}})";
+  EXPECT_THROW(serve(std::chrono::seconds(5), file), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace standin

@@ -1,0 +1,180 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "agent-world.h"
+#include "platform/wire/path.h"
+
+namespace scenario {
+namespace {
+
+using Agent = AgentWorld;
+
+const std::string kVersions = kSettings + "/snmpVersions";
+const std::string kMessageSize = kSettings + "/snmpEngine/snmpEngineMaxMessageSize";
+const std::string kContexts = kAgent + "/context";
+
+TEST_F(Agent, EachLeafGoesToItsCounterpartAndBackAndOutlivesItsDeletion) {
+  struct Case {
+    std::string leaf, counterpart, value, other;
+  };
+  const Case cases[] = {
+      {"enabled", kSettings + "/enabled", "true", "false"},
+      {"ip", kSettings + "/ip", "192.0.2.1", "2001:db8::1"},
+      {"port", kSettings + "/port", "161", "65535"},
+      {"max-message-size", kMessageSize, "1500", "484"},
+      {"contact", kSystem + "/sysContact", "ops@example.org", "\"two words\""},
+      {"name", kSystem + "/sysName", "box", "\"\""},
+      {"location", kSystem + "/sysLocation", "gr\xc3\xbc\xc3\x9f", "100%s"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.leaf);
+    const std::string leaf = kAgent + "/" + c.leaf;
+    EXPECT_EQ(cli({"set", leaf, c.value}), (Ran{0, "", ""}));
+    EXPECT_EQ(answers({"get " + leaf, "get " + c.counterpart}), c.value + "\n" + c.value + "\n");
+    answers({"set " + c.counterpart + " " + c.other});
+    const std::string read = answers({"get " + c.counterpart});
+    EXPECT_EQ(answers({"get " + leaf}), read);
+    EXPECT_EQ(cli({"delete", leaf}), (Ran{0, "", ""}));
+    EXPECT_EQ(answers({"get " + leaf, "get " + c.counterpart}), read + read);
+  }
+}
+
+TEST_F(Agent, LeavesOfAFreshDatabaseAreNotThere) {
+  for (const char* leaf : {"enabled", "ip", "port", "max-message-size", "contact", "version/v1"}) {
+    EXPECT_EQ(cli({"exists", kAgent + "/" + leaf}).status, 1) << leaf;
+    EXPECT_THAT(cli({"delete", kAgent + "/" + leaf}).err, testing::HasSubstr("not there"));
+  }
+  EXPECT_EQ(answers({"keys " + kContexts, "keys " + kAgent + "/extra-ip-port"}), "");
+}
+
+TEST_F(Agent, MessageSizeReadsWithinItsBounds) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"0", "484"},
+      {"100", "484"},
+      {"483", "484"},
+      {"484", "484"},
+      {"1500", "1500"},
+      {"214748364", "214748364"},
+      {"214748365", "214748364"},
+      {"4294967296", "214748364"},
+      {"18446744073709551615", "214748364"},
+  };
+  answers({"create " + kSettings, "create " + kSettings + "/snmpEngine"});
+  for (const auto& [stored, read] : cases) {
+    EXPECT_EQ(
+        answers({"set " + kMessageSize + " " + stored, "get " + kAgent + "/max-message-size"}),
+        read + "\n");
+  }
+  EXPECT_EQ(answers({"set " + kAgent + "/max-message-size -1", "get " + kMessageSize}),
+            "18446744073709551615\n");
+}
+
+TEST_F(Agent, WritesOnAFreshDatabaseCreateTheContainersFirst) {
+  const struct {
+    std::string write, read, value;
+  } cases[] = {
+      {"create " + kContexts + "{blue}", "keys " + kSettings + "/contexts", "blue"},
+      {"create " + kAgent + "/extra-ip-port{192.0.2.1 161}", "get " + kSettings + "/extraIpPorts",
+       "192.0.2.1:161"},
+      {"set " + kAgent + "/max-message-size 1500", "get " + kMessageSize, "1500"},
+      {"set " + kAgent + "/contact ops", "get " + kSystem + "/sysContact", "ops"},
+      {"create " + kAgent + "/version/v1", "get " + kVersions + "/v1", "true"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(answers({"exists " + kSettings, c.write, "exists " + kSettings, c.read, "abort"}),
+              "false\ntrue\n" + c.value + "\n")
+        << c.write;
+  }
+}
+
+TEST_F(Agent, VersionIsThereWhileItsBooleanIsTrue) {
+  const Strings booleans = {"get " + kVersions + "/v1", "get " + kVersions + "/v2c",
+                            "get " + kVersions + "/v3"};
+  const Strings versions = {"exists " + kAgent + "/version/v1", "exists " + kAgent + "/version/v2c",
+                            "exists " + kAgent + "/version/v3"};
+  answers({"create " + kAgent + "/version/v2c"});
+  EXPECT_EQ(answers(booleans), "false\ntrue\nfalse\n");
+  EXPECT_EQ(answers(versions), "false\ntrue\nfalse\n");
+  EXPECT_THAT(cli({"create", kAgent + "/version/v2c"}).err, testing::HasSubstr("already exists"));
+  answers({"delete " + kAgent + "/version/v2c", "set " + kVersions + "/v3 true"});
+  EXPECT_EQ(answers(booleans), "false\nfalse\ntrue\n");
+  EXPECT_EQ(answers(versions), "false\nfalse\ntrue\n");
+  answers({"create " + kAgent + "/version/v1", "delete " + kAgent + "/version"});
+  EXPECT_EQ(answers(booleans), "false\nfalse\nfalse\n");
+}
+
+TEST_F(Agent, VersionWithoutABooleanIsNotThere) {
+  answers({"create " + kSettings, "create " + kVersions});
+  EXPECT_EQ(answers({"exists " + kAgent + "/version/v1"}), "false\n");
+  answers({"create " + kAgent + "/version/v1"});
+  EXPECT_EQ(answers({"get " + kVersions + "/v1", "get " + kVersions + "/v3"}), "true\nnot there\n");
+}
+
+TEST_F(Agent, ContextsAreListedReadAndDeletedOnBothSides) {
+  answers({"set " + kAgent + "/name box", "create " + kContexts + "{red}",
+           "create " + kContexts + "{blue}", "create " + kSettings + "/contexts{\"a b\"}"});
+  EXPECT_EQ(answers({"keys " + kContexts, "keys " + kSettings + "/contexts"}),
+            "\"a b\"\nblue\nred\n\"a b\"\nblue\nred\n");
+  EXPECT_EQ(answers({"get " + kContexts + "{red}/name", "get " + kContexts + "{green}/name"}),
+            "red\nnot there\n");
+  EXPECT_THAT(cli({"create", kContexts + "{red}"}).err, testing::HasSubstr("already exists"));
+  EXPECT_THAT(cli({"delete", kContexts + "{green}"}).err, testing::HasSubstr("not there"));
+  answers({"delete " + kContexts + "{red}"});
+  EXPECT_EQ(answers({"keys " + kContexts, "keys " + kSettings + "/contexts"}),
+            "\"a b\"\nblue\n\"a b\"\nblue\n");
+  answers({"delete " + kContexts});
+  EXPECT_EQ(answers({"keys " + kSettings + "/contexts", "get " + kAgent + "/name"}), "box\n");
+}
+
+TEST_F(Agent, KeyLeavesAreNeverTheAgentsOwn) {
+  const std::string context = kContexts + "{blue}", listen = kAgent + "/extra-ip-port{::1 162}";
+  answers({"set " + kAgent + "/name box", "set " + kAgent + "/ip 192.0.2.1",
+           "set " + kAgent + "/port 161", "create " + context, "create " + listen});
+  EXPECT_EQ(answers({"set " + context + "/name blue", "set " + listen + "/ip ::1",
+                     "set " + listen + "/port 162", "get " + kAgent + "/name",
+                     "get " + kAgent + "/ip", "get " + kAgent + "/port", "get " + context + "/name",
+                     "get " + listen + "/ip", "get " + listen + "/port"}),
+            "box\n192.0.2.1\n161\nblue\n::1\n162\n");
+  EXPECT_EQ(told({"delete " + context + "/name", "delete " + listen + "/ip",
+                  "delete " + listen + "/port"}),
+            "error: Tried to delete invalid tag: name\n"
+            "error: Tried to delete invalid tag: ip\n"
+            "error: Tried to delete invalid tag: port\n");
+  EXPECT_EQ(answers({"keys " + kContexts, "keys " + kAgent + "/extra-ip-port"}), "blue\n::1 162\n");
+}
+
+TEST_F(Agent, AttributesGoWithTheNode) {
+  const std::string listen = kAgent + "/extra-ip-port{::1 162}";
+  answers({"create " + kContexts + "{a}", "create " + kContexts + "{ab}", "create " + listen,
+           "create " + kAgent + "/version/v1"});
+  for (const std::string& node : {kContexts + "{a}", kContexts + "{ab}", listen,
+                                  kAgent + "/version/v1", kAgent + "/version"}) {
+    EXPECT_EQ(answers({"attr " + node + " annotation note", "attr " + node + " annotation"}),
+              "note\n")
+        << node;
+  }
+  answers({"delete " + kContexts + "{a}", "delete " + listen, "delete " + kAgent + "/version/v1"});
+  EXPECT_EQ(
+      answers({"create " + kContexts + "{a}", "create " + listen,
+               "create " + kAgent + "/version/v1", "attr " + kContexts + "{a}", "attr " + listen,
+               "attr " + kAgent + "/version/v1", "attr " + kContexts + "{ab} annotation",
+               "attr " + kAgent + "/version annotation"}),
+      "not there\nnot there\nnot there\nnote\nnote\n");
+}
+
+TEST_F(Agent, ShowIsTakenBackByLoad) {
+  answers({"set " + kAgent + "/enabled true", "set " + kAgent + "/port 161",
+           "set " + kAgent + "/max-message-size 1500", "create " + kAgent + "/version/v3",
+           "create " + kContexts + "{blue}", "create " + kAgent + "/extra-ip-port{2001:db8::1 162}",
+           "set " + kEngineSettings + "/enterprise-number 32473",
+           "set " + kEngineSettings + "/from-ip 192.0.2.1", "set " + kAgent + "/contact \"\""});
+  const Ran shown = cli({"show", "--json", kAgent}), settings = cli({"show", kSettings});
+  ASSERT_EQ(shown.status, 0) << shown;
+  answers({"delete " + kSettings, "delete " + kEngineSettings});
+  EXPECT_EQ(cli({"load", write_file("agent.json", shown.out)}), (Ran{0, "", ""}));
+  EXPECT_EQ(cli({"show", "--json", kAgent}), shown);
+  EXPECT_EQ(cli({"show", kSettings}), settings);
+}
+
+}  // namespace
+}  // namespace scenario

@@ -1,0 +1,195 @@
+#include "target-world.h"
+
+namespace scenario {
+namespace {
+
+const std::string kUdpIpv4 = "1.3.6.1.2.1.100.1.1";
+const std::string kUdpIpv6 = "1.3.6.1.2.1.100.1.2";
+const std::string kNone = "not there";
+
+class Target : public TargetWorld {
+ protected:
+  // A target that can be committed.
+  void SetUp() override {
+    start_both();
+    answers({"set " + target("t", "v1/sec-name") + " public"});
+  }
+};
+
+TEST_F(Target, CreatedTargetsHaveParamsRowsOfTheirOwnAndDefaults) {
+  changes({"set " + target("u", "v1/sec-name") + " public"},
+          {{addr("t", "Params"), "ConfD1"},
+           {addr("u", "Params"), "ConfD2"},
+           {addr("u", "TagList"), ""},
+           {addr("u", "RetryCount"), "3"},
+           {target("u", "name"), "u"},
+           {target("u", "tag"), kNone},
+           {target("u", "retries"), "3"},
+           {target("u", "timeout"), "1500"},  // RFC 3413: DEFVAL
+           {target("u", "engine-id"), kNone},
+           {target("u", "ip"), kNone},
+           {target("u", "port"), kNone}});
+  // The first number that is free, not the one after the last.
+  answers({"set " + target("v", "v1/sec-name") + " public"});
+  answers({"delete " + target("u")});
+  EXPECT_EQ(answers({"keys " + kParamsRows}), "ConfD1\nConfD3\n");
+  changes({"set " + target("w", "v1/sec-name") + " public"}, {{addr("w", "Params"), "ConfD2"}});
+  EXPECT_EQ(answers({"keys " + kTargets, "keys " + kAddrRows}), "t\nv\nw\nt\nv\nw\n");
+}
+
+TEST_F(Target, AddressThroughAllItsStates) {
+  struct Step {
+    std::string line;
+    std::string ip, port, domain, octets;
+  };
+  const std::string ip = target("t", "ip"), port = target("t", "port");
+  const std::string v6 = "20:01:0d:b8:00:00:00:00:00:00:00:00:00:00:00:01:";
+  const Step steps[] = {
+      {"set " + ip + " 10.0.0.1", "10.0.0.1", "162", kUdpIpv4, "0a:00:00:01:00:a2"},
+      {"set " + port + " 1162", "10.0.0.1", "1162", kUdpIpv4, "0a:00:00:01:04:8a"},
+      {"set " + ip + " 2001:db8::1", "2001:db8::1", "1162", kUdpIpv6, v6 + "04:8a"},
+      {"set " + port + " 65535", "2001:db8::1", "65535", kUdpIpv6, v6 + "ff:ff"},
+      {"delete " + port, "2001:db8::1", "0", kUdpIpv6, v6 + "00:00"},
+      {"set " + ip + " 10.0.0.2", "10.0.0.2", "0", kUdpIpv4, "0a:00:00:02:00:00"},
+      {"delete " + ip, kNone, kNone, kNone, kNone},
+      // Without a domain the octets are kept, but not shown.
+      {"set " + port + " 1162", kNone, kNone, kNone, "00:00:00:00:04:8a"},
+      {"set " + ip + " 2001:db8::1", "2001:db8::1", "1162", kUdpIpv6, v6 + "04:8a"},
+      {"delete " + ip, kNone, kNone, kNone, kNone},
+      {"set " + ip + " 2001:db8::1", "2001:db8::1", "162", kUdpIpv6, v6 + "00:a2"},
+  };
+  for (const Step& step : steps) {
+    SCOPED_TRACE(step.line);
+    changes({step.line}, {{ip, step.ip},
+                          {port, step.port},
+                          {addr("t", "TDomain"), step.domain},
+                          {addr("t", "TAddress"), step.octets}});
+  }
+}
+
+TEST_F(Target, StoredAddressesOfAnyLengthAreRead) {
+  const std::string other = "set " + addr("t", "TAddress") + " ";
+  const std::string domain = "set " + addr("t", "TDomain") + " " + kUdpIpv4;
+  // Six octets are IPv4, eighteen IPv6, whatever the domain says.
+  changes({domain, other + "01:02:03:04:00:a2"},
+          {{target("t", "ip"), "1.2.3.4"}, {target("t", "port"), "162"}});
+  changes({other + "fe:80:00:00:00:00:00:00:00:00:00:00:00:00:00:01:01:00"},
+          {{target("t", "ip"), "fe80::1"}, {target("t", "port"), "256"}});
+  // The last two are the port, the first four the address.
+  changes({other + "01:02:03:04:05:06:00:a1"},
+          {{target("t", "ip"), "1.2.3.4"}, {target("t", "port"), "161"}});
+  // Too short to be read: written afresh.
+  const Facts unread = {{target("t", "ip"), kNone}, {target("t", "port"), kNone}};
+  changes({other + "01:02:03:04:05"}, unread);
+  changes({other + "01"}, unread);
+  changes({"set " + target("t", "port") + " 163"},
+          {{addr("t", "TAddress"), "00:00:00:00:00:a3"}, {target("t", "ip"), "0.0.0.0"}});
+  changes({other + "01:02", "set " + target("t", "ip") + " 10.0.0.1"},
+          {{addr("t", "TAddress"), "0a:00:00:01:00:a2"}});
+  // An address without a domain is not one.
+  changes({"delete " + addr("t", "TDomain")}, unread);
+}
+
+TEST_F(Target, NumbersAndEngineIdGoToTheirColumnsAndBack) {
+  struct Case {
+    std::string leaf, column, value, after_delete, column_after_delete;
+  };
+  const Case cases[] = {
+      {"timeout", "Timeout", "0", "1500", "1500"},
+      {"timeout", "Timeout", "2147483647", "1500", "1500"},
+      {"retries", "RetryCount", "255", "3", "3"},
+      {"retries", "RetryCount", "0", "3", "3"},
+      {"engine-id", "EngineID", "80:00:7e:d9:04", kNone, kNone},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.leaf + " " + c.value);
+    const std::string leaf = target("t", c.leaf), column = addr("t", c.column);
+    changes({"set " + leaf + " " + c.value}, {{leaf, c.value}, {column, c.value}});
+    changes({"delete " + leaf}, {{leaf, c.after_delete}, {column, c.column_after_delete}});
+  }
+  changes({"set " + addr("t", "EngineID") + " \"\""}, {{target("t", "engine-id"), kNone}});
+}
+
+TEST_F(Target, SecureTransportAndPrefixLengthAreTakenAndKeptNowhere) {
+  const std::string before = tables();
+  const Strings lines = {
+      "set " + target("t", "prefix-length") + " 24",
+      "set " + target("t", "tls/ip") + " 10.0.0.9",
+      "set " + target("t", "tls/client-fingerprint") + " 04:aa",
+      "set " + target("t", "dtls/ip") + " 2001:db8::9",
+      "set " + target("t", "dtls/server-identity") + " noc",
+      "set " + target("t", "dtls/server-fingerprint") + " 04:bb",
+  };
+  changes(lines, {{target("t", "prefix-length"), kNone},
+                  {target("t", "tls/ip"), kNone},
+                  {target("t", "dtls/ip"), kNone},
+                  {target("t", "dtls/server-identity"), kNone},
+                  {target("t", "ip"), kNone}});
+  EXPECT_EQ(tables(), before);
+  // With an address beside them, which they must not be taken for.
+  changes({"set " + target("t", "ip") + " 10.0.0.1", "set " + target("t", "tls/ip") + " 10.9.9.9"},
+          {{target("t", "ip"), "10.0.0.1"}, {addr("t", "TAddress"), "0a:00:00:01:00:a2"}});
+}
+
+TEST_F(Target, DeletedTargetTakesItsRowsAndAttributesAlong) {
+  answers({"set " + target("t2", "v2c/sec-name") + " x", "attr " + target("t") + " annotation goes",
+           "attr " + target("t", "v1/sec-name") + " annotation goes",
+           "attr " + target("t2") + " annotation stays"});
+  answers({"delete " + target("t")});
+  EXPECT_EQ(answers({"keys " + kTargets, "keys " + kAddrRows, "keys " + kParamsRows}),
+            "t2\nt2\nConfD2\n");
+  EXPECT_EQ(answers({"set " + target("t", "v1/sec-name") + " public", "attr " + target("t"),
+                     "attr " + target("t", "v1/sec-name"), "attr " + target("t2") + " annotation"}),
+            "not there\nnot there\nstays\n");
+}
+
+TEST_F(Target, RefusalsNameTheReasonAndChangeNothing) {
+  answers({"set " + target("t", "ip") + " 10.0.0.1"});
+  refused({"create " + target("t")}, "already exists");
+  refused({"delete " + target("none")}, "not there");
+  refused({"delete " + target("t", "name")}, "error: Tried to delete invalid tag: name\n");
+  refused({"delete " + target("t", "v1")},
+          "error: Missing mandatory case selection (v1/v2c/usm)\n");
+  refused({"create " + target("new")}, "params");
+  refused({"set " + target("new", "ip") + " 10.0.0.2"}, "params");
+  refused({"set " + target("t", "ip") + " 10.0.0.256"}, "ip");
+  refused({"set " + target("t", "ip") + " fe80::1%eth0"}, "ip");
+  refused({"set " + target("t", "port") + " 65536"}, "port");
+  refused({"set " + target("t", "timeout") + " 2147483648"}, "timeout");
+  refused({"set " + target("t", "retries") + " 256"}, "retries");
+  refused({"set " + target("t", "engine-id") + " 80:00:7e:d9"}, "engine-id");
+  refused({"set " + target("t", "tag") + " \"two words\""}, "tag");
+  refused({"delete " + target("t", "engine-id")}, "not there");
+  refused({"create " + target(std::string(33, 'x'))}, "name");
+  refused({"delete " + target("t", "tls")}, "not there");
+}
+
+TEST_F(Target, BatchWithOneBadChangeLeavesNothingOfIt) {
+  Strings lines;
+  for (int i = 0; i < 20; ++i) {
+    const std::string name = "n" + std::to_string(i);
+    lines.push_back("set " + target(name, "usm/user-name") + " admin");
+  }
+  lines.push_back("delete " + target("t", "name"));
+  refused(lines, "error: Tried to delete invalid tag: name\n");
+  EXPECT_EQ(answers({"keys " + kTargets}), "t\n");
+  lines.pop_back();
+  answers(lines);
+  EXPECT_EQ(answers({"get " + target("n19", "usm/user-name"), "get " + addr("n19", "Params")}),
+            "admin\nConfD21\n");
+}
+
+TEST_F(Target, ShowIsTakenBackByLoad) {
+  answers({"set " + target("t", "ip") + " 2001:db8::1", "set " + target("t", "tag") + " a b",
+           "set " + target("u", "usm/user-name") + " admin",
+           "set " + target("u", "usm/sec-level") + " auth-priv",
+           "set " + target("u", "engine-id") + " 80:00:7e:d9:04:01"});
+  const Ran shown = cli({"show", "--json", kTargets});
+  ASSERT_EQ(shown.status, 0) << shown;
+  answers({"delete " + target("t"), "delete " + target("u")});
+  EXPECT_EQ(cli({"load", write_file("shown.json", shown.out)}), (Ran{0, "", ""}));
+  EXPECT_EQ(cli({"show", "--json", kTargets}), shown);
+}
+
+}  // namespace
+}  // namespace scenario

@@ -1,0 +1,161 @@
+// Access entries of a group.
+#include <gmock/gmock.h>
+
+#include <sstream>
+
+#include "vacm.h"
+
+namespace scenario {
+namespace {
+
+class VacmAccess : public Vacm {
+ protected:
+  static std::string access(const std::string& g, const std::string& keys) {
+    return group(g) + "/access{" + keys + "}";
+  }
+  static std::string row(const std::string& keys) { return kAccessRows + "{" + keys + "}"; }
+};
+
+TEST_F(VacmAccess, EveryModelAndLevelInEveryContextIsARow) {
+  struct Label {
+    std::string northbound, mib;
+  };
+  const Label models[] = {{"any", "0"}, {"v1", "1"}, {"v2c", "2"}, {"usm", "3"}};
+  const Label levels[] = {{"no-auth-no-priv", "noAuthNoPriv"},
+                          {"auth-no-priv", "authNoPriv"},
+                          {"auth-priv", "authPriv"}};
+  Strings lines;
+  std::string northbound, mib;
+  for (const char* context : {"\"\"", "\"a b\"", "ctx"}) {
+    for (const Label& m : models) {
+      for (const Label& l : levels) {
+        const std::string keys = std::string(context) + " " + m.northbound + " " + l.northbound;
+        lines.push_back("create " + access("g", keys));
+        lines.push_back("create " + access("h", keys));
+        northbound += keys + "\n";
+        mib += std::string(context) + " " + m.mib + " " + l.mib + "\n";
+      }
+    }
+  }
+  answers(lines);
+  EXPECT_EQ(cli({"keys", group("g") + "/access"}).out, northbound);
+  EXPECT_EQ(cli({"keys", group("h") + "/access"}).out, northbound);
+  std::istringstream rows(mib);
+  std::string expected[2];
+  for (std::string line; std::getline(rows, line);) {
+    expected[0] += "g " + line + "\n";
+    expected[1] += "h " + line + "\n";
+  }
+  EXPECT_EQ(cli({"keys", kAccessRows}).out, expected[0] + expected[1]);
+  answers({"delete " + access("g", "ctx v2c auth-priv")});
+  EXPECT_EQ(cli({"exists", row("g ctx 2 authPriv")}).status, 1);
+  EXPECT_EQ(cli({"exists", row("h ctx 2 authPriv")}).status, 0);
+}
+
+TEST_F(VacmAccess, NewEntryIsItsIndexesAndItsStorageType) {
+  EXPECT_EQ(answers({"create " + access("g", "\"\" usm auth-priv"), "show " + kAccessTable,
+                     "get " + access("g", "\"\" usm auth-priv") + "/context",
+                     "get " + access("g", "\"\" usm auth-priv") + "/sec-model",
+                     "get " + access("g", "\"\" usm auth-priv") + "/sec-level", "keys " + kGroups,
+                     "exists " + group("g")}),
+            "SNMP-VIEW-BASED-ACM-MIB\n  vacmAccessTable\n"
+            "    vacmAccessEntry g \"\" 3 authPriv\n      vacmAccessStorageType nonVolatile\n"
+            "\nusm\nauth-priv\nfalse\n");
+}
+
+TEST_F(VacmAccess, EachLeafGoesToItsColumnAndBack) {
+  struct Case {
+    std::string leaf, column, value, mib_value, at_first;
+    bool removable;
+  };
+  const Case cases[] = {
+      {"context-match", "vacmAccessContextMatch", "prefix", "prefix", "exact", false},
+      {"read-view", "vacmAccessReadViewName", "\"a view\"", "a view", "", true},
+      {"write-view", "vacmAccessWriteViewName", "w", "w", "", true},
+      {"notify-view", "vacmAccessNotifyViewName", "n", "n", "", true},
+  };
+  const std::string entry = access("g", "ctx v2c no-auth-no-priv");
+  const std::string mib = row("g ctx 2 noAuthNoPriv");
+  answers({"create " + entry, "create " + access("g", "ctx v1 no-auth-no-priv")});
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.leaf);
+    const std::string leaf = entry + "/" + c.leaf, column = mib + "/" + c.column;
+    EXPECT_EQ(answers({"get " + leaf, "set " + leaf + " " + c.value, "get " + column, "get " + leaf,
+                       "get " + access("g", "ctx v1 no-auth-no-priv") + "/" + c.leaf}),
+              c.at_first + "\n" + c.mib_value + "\n" + c.mib_value + "\n" + c.at_first + "\n");
+    EXPECT_EQ(tried({"delete " + leaf, "get " + column}),
+              c.removable
+                  ? c.at_first + "\n"
+                  : "error: Tried to delete invalid tag: " + c.leaf + "\n" + c.mib_value + "\n");
+  }
+}
+
+TEST_F(VacmAccess, KeyLeavesAreWrittenWithTheirOwnValueAndNotDeleted) {
+  const std::string entry = access("g", "ctx usm auth-priv");
+  const std::string made = access("g", "ctx v1 auth-priv");
+  answers({"create " + entry});
+  const std::string out =
+      tried({"set " + entry + "/context ctx", "set " + entry + "/sec-model usm",
+             "set " + entry + "/sec-level auth-priv", "set " + made + "/sec-model v1",
+             "keys " + kAccessRows, "delete " + entry + "/context",
+             "delete " + entry + "/sec-model", "delete " + entry + "/sec-level"});
+  EXPECT_THAT(out, testing::StartsWith("g ctx 1 authPriv\ng ctx 3 authPriv\n"
+                                       "error: Tried to delete invalid tag: context\n"
+                                       "error: Delete invoked on list's key: sec-model\n"
+                                       "error: "));
+  EXPECT_THAT(out, testing::HasSubstr("vacmAccessSecurityLevel"));
+  EXPECT_EQ(cli({"keys", kAccessRows}).out, "g ctx 1 authPriv\ng ctx 3 authPriv\n");
+}
+
+// The level is compared with no row's: any row of the model answers.
+TEST_F(VacmAccess, LevelReadsWhileTheModelHasARow) {
+  answers({"create " + access("g", "ctx usm auth-priv")});
+  EXPECT_EQ(answers({"get " + access("g", "\"\" usm no-auth-no-priv") + "/sec-level",
+                     "get " + access("g", "ctx v1 auth-priv") + "/sec-level",
+                     "get " + access("h", "ctx usm auth-priv") + "/sec-level",
+                     "get " + access("g", "\"\" usm auth-priv") + "/sec-model",
+                     "exists " + access("g", "\"\" usm no-auth-no-priv")}),
+            "no-auth-no-priv\nnot there\nnot there\nnot there\nfalse\n");
+}
+
+TEST_F(VacmAccess, RowsOfTheMibSideAreListedWithWhateverModel) {
+  answers({"create " + row("g \"\" 3 authPriv"), "create " + row("g ctx 2 noAuthNoPriv"),
+           "create " + row("h x 77 authNoPriv")});
+  EXPECT_EQ(answers({"keys " + group("g") + "/access", "keys " + group("h") + "/access"}),
+            "\"\" usm auth-priv\nctx v2c no-auth-no-priv\nx 77 auth-no-priv\n");
+  EXPECT_EQ(cli({"keys", kGroups}).out, "") << "no member, no group";
+}
+
+TEST_F(VacmAccess, GroupIsDeletedWithItsAccessRowsAndNoOthers) {
+  answers({"set " + models("g", "alice") + " v1", "set " + models("h", "bob") + " v1",
+           "create " + access("g", "\"\" usm auth-priv"),
+           "create " + access("g", "ctx any auth-priv"),
+           "create " + access("h", "ctx v1 auth-no-priv"), "create " + row("g x 9 authPriv")});
+  answers({"delete " + group("g")});
+  EXPECT_EQ(cli({"keys", kAccessRows}).out, "h ctx 1 authNoPriv\n");
+  EXPECT_EQ(cli({"keys", kGroupRows}).out, "1 bob\n");
+  // Without members it does not read as there, but its rows can be deleted all the same.
+  answers({"delete " + group("h") + "/member{bob}"});
+  EXPECT_EQ(answers({"exists " + group("h"), "delete " + group("h"), "keys " + kAccessRows}),
+            "false\n");
+}
+
+TEST_F(VacmAccess, AnyTextMayBeAContextOrAView) {
+  for (const std::string name :
+       {"two words", "a\"quote", "it's", "100%s%n%x", "{braces}", "[brackets]", "back\\slash",
+        "gr\xc3\xbc\xc3\x9f"
+        "e",
+        "12345678901234567890123456789012"}) {
+    SCOPED_TRACE(name);
+    const std::string word = standin::quote_word(name);
+    const std::string entry = access("g", word + " v1 auth-priv");
+    EXPECT_EQ(answers({"set " + entry + "/read-view " + word, "keys " + group("g") + "/access",
+                       "get " + entry + "/context", "get " + entry + "/read-view",
+                       "get " + row("g " + word + " 1 authPriv") + "/vacmAccessReadViewName",
+                       "delete " + entry, "keys " + kAccessRows}),
+              word + " v1 auth-priv\n" + name + "\n" + name + "\n" + name + "\n");
+  }
+}
+
+}  // namespace
+}  // namespace scenario

@@ -1,0 +1,252 @@
+// An agent of the distribution, given the rows as they stand in the three tables, shows what RFC
+// 3415 allows.
+#include <arpa/inet.h>
+#include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include "vacm.h"
+
+namespace scenario {
+namespace {
+
+constexpr char kAgentProgram[] = "/usr/sbin/snmpd";
+constexpr char kWalkProgram[] = "/usr/bin/snmpwalk";
+constexpr char kSystem[] = "1.3.6.1.2.1.1";
+
+using Oid = std::vector<std::uint32_t>;
+
+Oid parse_oid(const std::string& text) {
+  Oid oid;
+  std::istringstream in(text);
+  for (std::string part; std::getline(in, part, '.');) {
+    if (!part.empty()) oid.push_back(static_cast<std::uint32_t>(std::stoul(part)));
+  }
+  return oid;
+}
+
+// A row of vacmViewTreeFamilyTable.
+struct Family {
+  std::string view, oid, mask;  // the mask as "ff:a0"
+  bool included = false;
+
+  // RFC 3415 section 4, vacmViewTreeFamilyMask: bits past the end are ones.
+  bool covers(const Oid& object) const {
+    const Oid subtree = parse_oid(oid);
+    if (object.size() < subtree.size()) return false;
+    for (std::size_t i = 0; i < subtree.size(); ++i) {
+      const std::size_t digits = i / 8 * 3;
+      const unsigned octet =
+          digits < mask.size()
+              ? static_cast<unsigned>(std::stoul(mask.substr(digits, 2), nullptr, 16))
+              : 0xffU;
+      if ((octet & (0x80U >> i % 8)) != 0 && object[i] != subtree[i]) return false;
+    }
+    return true;
+  }
+};
+
+// RFC 3415 section 4, vacmViewTreeFamilyTable: the longest family decides, then the greatest.
+bool in_view(const std::vector<Family>& families, const std::string& view, const Oid& object) {
+  const Family* best = nullptr;
+  const auto rank = [](const Family& f) {
+    const Oid oid = parse_oid(f.oid);
+    return std::pair(oid.size(), oid);
+  };
+  for (const Family& f : families) {
+    if (f.view != view || !f.covers(object)) continue;
+    if (best == nullptr || rank(*best) < rank(f)) best = &f;
+  }
+  return best != nullptr && best->included;
+}
+
+std::uint16_t free_udp_port() {
+  const Descriptor probe(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  auto* any = reinterpret_cast<sockaddr*>(&address);
+  if (::bind(probe.get(), any, size) != 0 || ::getsockname(probe.get(), any, &size) != 0) return 0;
+  return ntohs(address.sin_port);
+}
+
+class VacmAgent : public Vacm {
+ protected:
+  void SetUp() override {
+    if (::access(kAgentProgram, X_OK) != 0 || ::access(kWalkProgram, X_OK) != 0) {
+      GTEST_SKIP() << "snmp and snmpd are not installed";
+    }
+    Vacm::SetUp();
+  }
+
+  std::string get(const std::string& path) {
+    std::string value = cli({"get", path}).out;
+    if (!value.empty()) value.pop_back();
+    return value;
+  }
+  std::vector<Strings> rows(const std::string& table) {
+    std::vector<Strings> all;
+    std::istringstream lines(cli({"keys", table}).out);
+    for (std::string line; std::getline(lines, line);) {
+      std::istringstream words(line);
+      Strings keys;
+      for (std::string word; words >> word;) keys.push_back(word);
+      all.push_back(keys);
+    }
+    return all;
+  }
+  std::vector<Family> families() {
+    std::vector<Family> all;
+    for (const Strings& keys : rows(kViewRows)) {
+      const std::string row = kViewRows + "{" + keys[0] + " " + keys[1] + "}/vacmViewTreeFamily";
+      all.push_back({keys[0], keys[1], get(row + "Mask"), get(row + "Type") == "included"});
+    }
+    return all;
+  }
+
+  // The three tables in the agent's own words; each security name is its own community.
+  std::string agent_configuration() {
+    const std::map<std::string, std::string> models{
+        {"0", "any"}, {"1", "v1"}, {"2", "v2c"}, {"3", "usm"}};
+    const std::map<std::string, std::string> levels{
+        {"noAuthNoPriv", "noauth"}, {"authNoPriv", "auth"}, {"authPriv", "priv"}};
+    std::string text;
+    std::set<std::string> names;
+    for (const Strings& k : rows(kGroupRows)) {
+      if (names.insert(k[1]).second) text += "com2sec " + k[1] + " default " + k[1] + "\n";
+      text += "group " + get(kGroupRows + "{" + k[0] + " " + k[1] + "}/vacmGroupName") + " " +
+              models.at(k[0]) + " " + k[1] + "\n";
+    }
+    for (const Strings& k : rows(kAccessRows)) {
+      const std::string row =
+          kAccessRows + "{" + k[0] + " " + k[1] + " " + k[2] + " " + k[3] + "}/vacmAccess";
+      const auto view = [&](const std::string& which) {
+        const std::string name = get(row + which + "ViewName");
+        return name.empty() ? "none" : name;
+      };
+      text += "access " + k[0] + " " + k[1] + " " + models.at(k[2]) + " " + levels.at(k[3]) + " " +
+              get(row + "ContextMatch") + " " + view("Read") + " " + view("Write") + " " +
+              view("Notify") + "\n";
+    }
+    for (const Family& f : families()) {
+      text += "view " + f.view + (f.included ? " included ." : " excluded .") + f.oid + " " +
+              f.mask + "\n";
+    }
+    return text;
+  }
+
+  std::unique_ptr<Process> start_snmp(Strings words, const std::string& name) {
+    const std::string directory = file("snmp");
+    std::filesystem::create_directories(directory);
+    words.insert(words.begin(), {"/usr/bin/env", "SNMP_PERSISTENT_DIR=" + directory,
+                                 "SNMPCONFPATH=" + directory, "MIBS=", "LC_ALL=C"});
+    return std::make_unique<Process>(words, file(name + ".err"));
+  }
+  void start_agent() {
+    address_ = "127.0.0.1:" + std::to_string(free_udp_port());
+    const std::string configuration = write_file("snmpd.conf", agent_configuration());
+    agent_ = start_snmp(
+        {kAgentProgram, "-f", "-Lo", "-C", "-c", configuration, "-I",
+         "system_mib,sysORTable,vacm_conf,vacm_vars,snmp_mib,snmpMPDStats,usmStats,usmConf,"
+         "snmpEngine,ip,tcp,udp,interfaces,tcpTable",
+         "udp:" + address_},
+        "snmpd");
+    ASSERT_TRUE(agent_->line_beginning("NET-SNMP version")) << agent_->errors();
+  }
+
+  // The objects below `system` that a community sees. An agent that does not let one in keeps
+  // silent, which takes its `patience` (seconds for each of two requests).
+  std::set<Oid> walk(const std::string& community, const std::string& version = "2c",
+                     const std::string& patience = "10") {
+    const auto process = start_snmp({kWalkProgram, "-v" + version, "-c", community, "-On", "-Oq",
+                                     "-t", patience, "-r", "1", "udp:" + address_, kSystem},
+                                    "walk-" + community + version);
+    std::string out;
+    EXPECT_TRUE(process->communicate("", out)) << "the walk hangs";
+    std::set<Oid> seen;
+    std::istringstream lines(out);
+    for (std::string line; std::getline(lines, line);) {
+      const std::string name = line.substr(0, line.find(' '));
+      if (line.find("No ") == std::string::npos && line.front() == '.')
+        seen.insert(parse_oid(name));
+    }
+    return seen;
+  }
+
+  std::unique_ptr<Process> agent_;
+  std::string address_;
+};
+
+TEST_F(VacmAgent, WalksShowExactlyWhatTheViewsAllow) {
+  const std::string table = std::string(kSystem) + ".9.1";
+  struct View {
+    std::string name;
+    std::vector<std::pair<std::string, std::string>> subtrees;  // text, type
+  };
+  const View views[] = {
+      {"everything", {{"1.3", "included"}}},
+      {"scalar", {{std::string(kSystem) + ".5", "included"}}},
+      // One row of the table, all columns; the mask's bits reach into its second octet.
+      {"onerow", {{table + ".*.2", "included"}}},
+      {"wild-all", {{"*.*.6", "included"}}},
+      {"but-table", {{kSystem, "included"}, {std::string(kSystem) + ".9", "excluded"}}},
+      {"but-row", {{kSystem, "included"}, {table + ".*.3", "excluded"}}},
+      {"but-back",
+       {{kSystem, "included"},
+        {std::string(kSystem) + ".9", "excluded"},
+        {table + ".*.1", "included"}}},
+      {"elsewhere", {{"1.3.6.1.4", "included"}}},
+  };
+  Strings lines;
+  for (const View& v : views) {
+    for (const auto& [text, type] : v.subtrees)
+      lines.push_back("create " + subtree(v.name, text) + "/" + type);
+    lines.push_back("create " + models("g-" + v.name, v.name) + "{v2c}");
+    lines.push_back("set " + group("g-" + v.name) + "/access{\"\" any no-auth-no-priv}/read-view " +
+                    v.name);
+  }
+  answers(lines);
+  start_agent();
+  ASSERT_FALSE(HasFatalFailure());
+
+  const std::set<Oid> all = walk("everything");
+  ASSERT_GT(all.size(), 20U) << "the agent has a table below system";
+  const std::vector<Family> all_families = families();
+  for (const View& v : views) {
+    SCOPED_TRACE(v.name);
+    std::set<Oid> allowed;
+    for (const Oid& object : all) {
+      if (in_view(all_families, v.name, object)) allowed.insert(object);
+    }
+    EXPECT_EQ(walk(v.name), allowed);
+    // Each view of the table above has another content.
+    EXPECT_EQ(allowed.empty(), v.name == "elsewhere");
+    EXPECT_EQ(allowed == all, v.name == "everything" || v.name == "wild-all");
+  }
+  EXPECT_TRUE(agent_->alive());
+}
+
+TEST_F(VacmAgent, MembersAreLetInByTheirModelsOnly) {
+  answers({"create " + subtree("all", "1.3") + "/included", "set " + models("one", "alice") + " v1",
+           "set " + models("two", "alice") + " v2c", "set " + models("one", "bob") + " v1 v2c",
+           "set " + models("two", "carol") + " v2c",
+           "set " + group("one") + "/access{\"\" v1 no-auth-no-priv}/read-view all",
+           "set " + group("one") + "/access{\"\" v2c no-auth-no-priv}/read-view all",
+           "set " + group("two") + "/access{\"\" v2c auth-no-priv}/read-view all"});
+  start_agent();
+  ASSERT_FALSE(HasFatalFailure());
+  EXPECT_FALSE(walk("bob", "2c").empty());
+  EXPECT_FALSE(walk("bob", "1").empty());
+  EXPECT_FALSE(walk("alice", "1").empty());
+  EXPECT_TRUE(walk("alice", "2c", "0.5").empty()) << "its group there asks for authentication";
+  EXPECT_TRUE(walk("carol", "2c", "0.5").empty());
+}
+
+}  // namespace
+}  // namespace scenario

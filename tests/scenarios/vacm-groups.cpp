@@ -1,0 +1,184 @@
+// Groups and members.
+#include <gmock/gmock.h>
+
+#include "vacm.h"
+
+namespace scenario {
+namespace {
+
+TEST_F(VacmGroups, RowsReadAsGroupsMembersAndModels) {
+  answers(mib_rows(kExample));
+  EXPECT_EQ(
+      answers({"keys " + kGroups, "keys " + group("g1") + "/member", "get " + models("g1", "alice"),
+               "keys " + models("g1", "alice"), "get " + models("g2", "alice"),
+               "get " + group("g1") + "/name", "get " + member("g2", "alice") + "/sec-name",
+               "exists " + member("g2", "bob"), "exists " + group("g3")}),
+      "g1\ng2\nalice\nbob\nv1 v2c\nv1\nv2c\nusm\ng1\nalice\nfalse\nfalse\n");
+}
+
+TEST_F(VacmGroups, NamesAreListedInTheOrderOfTheirOctets) {
+  Strings lines;
+  for (const char* name : {"ab", "b", "a", "\xc3\xa9", "G", "aa", "a b"}) {
+    lines.push_back("set " + models(name, "m") + " v1");
+    lines.push_back("delete " + group(name));
+    lines.push_back("set " + models(name, std::string("m") + name) + " v1");
+    lines.push_back("set " + models("group", name) + " v2c");
+  }
+  answers(lines);
+  EXPECT_EQ(cli({"keys", kGroups}).out, "G\na\n\"a b\"\naa\nab\nb\ngroup\n\xc3\xa9\n");
+  EXPECT_EQ(cli({"keys", group("group") + "/member"}).out, "G\na\n\"a b\"\naa\nab\nb\n\xc3\xa9\n");
+}
+
+TEST_F(VacmGroups, ModelsWithoutALabelReadAsNumbers) {
+  answers(mib_rows({{"2", "alice", "g"}, {"4", "alice", "g"}, {"2147483647", "alice", "g"}}));
+  EXPECT_EQ(answers({"get " + models("g", "alice"), "keys " + models("g", "alice")}),
+            "v2c 4 2147483647\nv2c\n4\n2147483647\n");
+  // A whole-list write that lacks them deletes them like any other.
+  EXPECT_EQ(answers({"set " + models("g", "alice") + " v2c usm", "show " + kGroupTable}),
+            table({{"2", "alice", "g"}, {"3", "alice", "g"}}));
+}
+
+// Each set of models in one group and the other ones in a second group, whole and one by one.
+TEST_F(VacmGroups, EveryMixOfModelsWholeAndSinglyGivesTheSameRows) {
+  const std::string labels[] = {"any", "v1", "v2c", "usm"};
+  Strings lines;
+  std::string expected;
+  for (unsigned mix = 0; mix < 16; ++mix) {
+    std::vector<GroupRow> wanted;
+    std::string whole[2];
+    Strings single;
+    for (unsigned m = 0; m < 4; ++m) {
+      const bool first = (mix >> m & 1U) != 0;
+      whole[first ? 0 : 1] += " " + labels[m];
+      const std::string g = first ? "g1" : "g2";
+      single.push_back("create " + models(g, "alice") + "{" + labels[m] + "}");
+      wanted.push_back({std::to_string(m), "alice", g});
+    }
+    for (int g = 0; g < 2; ++g)
+      lines.push_back("set " + models("g" + std::to_string(g + 1), "alice") + whole[g]);
+    const Strings read = {"show " + kGroupTable,          "get " + models("g1", "alice"),
+                          "get " + models("g2", "alice"), "commit",
+                          "set " + models("g1", "alice"), "set " + models("g2", "alice"),
+                          "exists " + group("g1"),        "commit"};
+    lines.insert(lines.end(), read.begin(), read.end());
+    lines.insert(lines.end(), single.begin(), single.end());
+    lines.insert(lines.end(), read.begin(), read.end());
+    std::string once = table(wanted);
+    for (const std::string& labels_of_group : whole)
+      once += (labels_of_group.empty() ? "" : labels_of_group.substr(1)) + "\n";
+    once += "false\n";
+    expected += once + once;
+  }
+  EXPECT_EQ(answers(lines), expected);
+  EXPECT_EQ(rows(), "");
+}
+
+TEST_F(VacmGroups, GroupAndMemberAreThereOnlyWhileARowNamesThem) {
+  EXPECT_EQ(
+      answers({"create " + group("g"), "create " + member("g", "alice"), "exists " + group("g"),
+               "get " + group("g") + "/name", "exists " + member("g", "alice"),
+               "get " + models("g", "alice"), "show " + kGroupTable,
+               "create " + models("g", "alice") + "{v1}", "exists " + member("g", "alice"),
+               "keys " + kGroups, "delete " + models("g", "alice") + "{v1}",
+               "exists " + member("g", "alice"), "keys " + kGroups}),
+      "false\nnot there\nfalse\n\ntrue\ng\nfalse\n");
+}
+
+TEST_F(VacmGroups, ModelCreatedTwiceOrOnARowWithoutGroupIsTaken) {
+  answers({"create " + row({"2", "alice", ""})});
+  EXPECT_EQ(
+      answers({"exists " + group("g"), "keys " + kGroups, "create " + models("g", "alice") + "{v1}",
+               "create " + models("g", "alice") + "{v1}",
+               "create " + models("g", "alice") + "{v2c}", "commit", "show " + kGroupTable}),
+      "false\n" + table({{"1", "alice", "g"}, {"2", "alice", "g"}}));
+}
+
+TEST_F(VacmGroups, WholeWriteTakesARowWithoutGroup) {
+  answers({"create " + row({"1", "alice", ""}), "create " + row({"3", "alice", ""})});
+  EXPECT_EQ(answers({"set " + models("g", "alice") + " v1", "validate",
+                     "get " + models("g", "alice"), "keys " + kGroupRows}),
+            "v1\n1 alice\n3 alice\n");
+}
+
+TEST_F(VacmGroups, DeletionTakesTheRowsThatAreMeantAndNoOthers) {
+  struct Case {
+    std::string command;
+    std::vector<GroupRow> left;
+  };
+  const Case cases[] = {
+      {"delete " + models("g1", "alice"), {kExample[2], kExample[3]}},
+      {"set " + models("g1", "alice"), {kExample[2], kExample[3]}},
+      {"delete " + member("g1", "alice"), {kExample[2], kExample[3]}},
+      {"delete " + group("g1"), {kExample[2]}},
+      {"delete " + models("g1", "alice") + "{v2c}", {kExample[0], kExample[2], kExample[3]}},
+      // Whichever group the row is in.
+      {"delete " + models("g1", "alice") + "{usm}", {kExample[0], kExample[1], kExample[3]}},
+      {"set " + models("g1", "alice") + " v2c any",
+       {{"0", "alice", "g1"}, kExample[1], kExample[2], kExample[3]}},
+      {"delete " + kGroups, {}},
+  };
+  answers(mib_rows(kExample));
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.command);
+    EXPECT_EQ(answers({c.command, "show " + kGroupTable, "validate", "abort"}), table(c.left));
+  }
+  EXPECT_EQ(rows(), table(kExample));
+}
+
+TEST_F(VacmGroups, WhatCannotBeDeletedSaysSo) {
+  answers(mib_rows(kExample));
+  EXPECT_EQ(tried({"delete " + group("g1") + "/name", "delete " + member("g1", "bob") + "/sec-name",
+                   "set " + group("g1") + "/name g1",
+                   "set " + member("g1", "bob") + "/sec-name bob", "show " + kGroupTable}),
+            "error: Tried to delete invalid tag: name\n"
+            "error: Tried to delete invalid tag: sec-name\n" +
+                table(kExample));
+  EXPECT_THAT(cli({"delete", member("g2", "bob")}).err, testing::HasSubstr("not there"));
+  EXPECT_THAT(cli({"delete", models("g1", "bob") + "{v1}"}).err, testing::HasSubstr("not there"));
+}
+
+TEST_F(VacmGroups, AttributesGoWithTheirNode) {
+  answers({"set " + models("g", "alice") + " v1", "set " + models("g", "al") + " v1",
+           "attr " + member("g", "alice") + " annotation kept",
+           "attr " + member("g", "al") + " annotation gone"});
+  EXPECT_EQ(answers({"delete " + member("g", "al"), "set " + models("g", "al") + " v1",
+                     "attr " + member("g", "al") + " annotation",
+                     "attr " + member("g", "alice") + " annotation"}),
+            "not there\nkept\n");
+}
+
+TEST_F(VacmGroups, AnyTextMayBeAName) {
+  const std::string names[] = {"two words",
+                               "a\"quote",
+                               "it's",
+                               "it's \"both\"",
+                               "100%s%n%x",
+                               "{braces}",
+                               "[1]='x'",
+                               "back\\slash",
+                               "semi;colon",
+                               "gr\xc3\xbc\xc3\x9f"
+                               "e \xe2\x82\xac",
+                               std::string(32, '"'),
+                               std::string(32, '\'')};
+  for (const std::string& name : names) {
+    SCOPED_TRACE(name);
+    const std::string word = standin::quote_word(name);
+    answers({"set " + models(name, name) + " v1 usm", "set " + models("other", name) + " v2c"});
+    EXPECT_EQ(answers({"get " + group(name) + "/name", "get " + member(name, name) + "/sec-name",
+                       "keys " + models(name, name), "get " + models(name, name),
+                       "keys " + models("other", name), "show " + kGroupTable}),
+              name + "\n" + name + "\nv1\nusm\nv1 usm\nv2c\n" +
+                  table({{"1", name, name}, {"2", name, "other"}, {"3", name, name}}));
+    // The conflict of such names is recorded, reported and withdrawn like any other.
+    EXPECT_EQ(
+        tried({"set " + models("other", name) + " v1 v2c", "set " + models(name, name) + " usm",
+               "validate", "keys " + models("other", name), "abort"}),
+        "v1\nv2c\n");
+    answers({"delete " + group(name), "delete " + group("other")});
+    EXPECT_EQ(rows(), "");
+  }
+}
+
+}  // namespace
+}  // namespace scenario

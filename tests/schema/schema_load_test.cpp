@@ -1,0 +1,331 @@
+// What the modules say of the nodes: kinds, types, annotations, choices; and modules that do not
+// load.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+#include "schema_fixture.h"
+
+namespace standin {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+std::vector<std::string> names(const std::vector<const Node*>& nodes) {
+  std::vector<std::string> out;
+  for (const Node* n : nodes) out.push_back(n->name);
+  return out;
+}
+
+TEST(SchemaNodes, TypesTravelAsTheDaemonExpects) {
+  const std::string kCommunity =
+      "/SNMP_COMMUNITY_MIB:SNMP-COMMUNITY-MIB/snmpCommunityTable/snmpCommunityEntry{a}/";
+  const std::string kTarget = "/SNMP-TARGET-MIB/snmpTargetAddrTable/snmpTargetAddrEntry{a}/";
+  const std::string kAgent = "/confd_dyncfg:confdConfig/snmpAgent/";
+  const std::vector<std::pair<std::string, Type>> kTypes = {
+      {kCommunity + "snmpCommunityName", Type::buf},
+      {kCommunity + "snmpCommunityContextEngineID", Type::binary},
+      {kTarget + "snmpTargetAddrTDomain", Type::oid},
+      {kTarget + "snmpTargetAddrTAddress", Type::binary},
+      {kTarget + "snmpTargetAddrTimeout", Type::int32},
+      {kTarget + "snmpTargetAddrStorageType", Type::enumeration},
+      {kAgent + "enabled", Type::boolean},
+      {kAgent + "ip", Type::ipv4},
+      {kAgent + "port", Type::uint16},
+      {kAgent + "snmpEngine/snmpEngineMaxMessageSize", Type::uint64},
+      {"/snmp:snmp/agent/version/v2c", Type::xmltag},
+      {"/snmp:snmp/agent/engine-id/enterprise-number", Type::uint32},
+      {"/snmp:snmp/target{a}/retries", Type::uint8},
+      {"/snmp:snmp/vacm/view{a}/subtree{1}/oid", Type::buf},
+  };
+  for (const auto& [path, type] : kTypes) EXPECT_EQ(node_at(path).type, type) << path;
+}
+
+TEST(SchemaNodes, ParamsRowHasTheSixColumnsFirst) {
+  const Node& row = node_at("/SNMP-TARGET-MIB/snmpTargetParamsTable/snmpTargetParamsEntry");
+  EXPECT_THAT(names(row.children),
+              ElementsAre("snmpTargetParamsName", "snmpTargetParamsMPModel",
+                          "snmpTargetParamsSecurityModel", "snmpTargetParamsSecurityName",
+                          "snmpTargetParamsSecurityLevel", "snmpTargetParamsStorageType"));
+}
+
+TEST(SchemaNodes, KeysStandInTheOrderOfTheKeyStatement) {
+  const std::vector<std::pair<std::string, std::vector<std::string>>> kKeys = {
+      {"/SNMP-VIEW-BASED-ACM-MIB/vacmAccessTable/vacmAccessEntry",
+       {"vacmGroupName", "vacmAccessContextPrefix", "vacmAccessSecurityModel",
+        "vacmAccessSecurityLevel"}},
+      {"/SNMP-USER-BASED-SM-MIB/usmUserTable/usmUserEntry", {"usmUserEngineID", "usmUserName"}},
+      {"/snmp/vacm/group{g}/access", {"context", "sec-model", "sec-level"}},
+      {"/snmp/agent/extra-ip-port", {"ip", "port"}},
+  };
+  for (const auto& [path, keys] : kKeys) EXPECT_EQ(names(node_at(path).keys), keys) << path;
+}
+
+TEST(SchemaNodes, PresenceIsOnlyWhatTheModelSays) {
+  using Kind = Node::Kind;
+  const std::string kUser = "/snmp/usm/local/user{u}/";
+  const std::vector<std::pair<std::string, Kind>> kKinds = {
+      {"/confdConfig", Kind::container},
+      {"/confdConfig/snmpAgent", Kind::presence},
+      {"/confdConfig/snmpAgent/snmpEngine", Kind::presence},
+      {"/snmp/agent/engine-id", Kind::presence},
+      {"/snmp/target{a}/usm", Kind::container},
+      {"/snmp/target{a}/tls", Kind::container},
+      {kUser + "auth/sha", Kind::presence},
+      {kUser + "priv", Kind::presence},  // has a must, which libyang takes for presence too
+      {"/snmp/agent/version", Kind::container},
+      {"/SNMP-USER-BASED-SM-MIB/usmUserTable/usmUserEntry{80:00:00:01:05 a}/usm-crypto/auth",
+       Kind::container},
+  };
+  for (const auto& [path, kind] : kKinds) EXPECT_EQ(node_at(path).kind, kind) << path;
+}
+
+TEST(SchemaNodes, DefaultsAreReadByTheType) {
+  EXPECT_EQ(node_at("/confdConfig/snmpAgent/enabled").dflt, Value::boolean(false));
+  EXPECT_EQ(node_at("/confdConfig/snmpAgent/port").dflt, std::nullopt);
+  EXPECT_EQ(node_at("/confdConfig/snmpAgent/snmpEngine/snmpEngineID").dflt,
+            Value::octets(std::string("\x80\x00\x7e\xd9\x05\0\0\0\0", 9)));
+  const std::string kUser = "/SNMP-USER-BASED-SM-MIB/usmUserTable/usmUserEntry{80:00:00:01:05 a}/";
+  EXPECT_EQ(node_at(kUser + "usmUserAuthProtocol").dflt,
+            Value::oid({1, 3, 6, 1, 6, 3, 10, 1, 1, 1}));
+  EXPECT_EQ(node_at(kUser + "usmUserStorageType").dflt, Value::enumeration(3));
+  EXPECT_EQ(node_at("/SNMP-VIEW-BASED-ACM-MIB/vacmViewTreeFamilyTable/"
+                    "vacmViewTreeFamilyEntry{v 0}/vacmViewTreeFamilyType")
+                .dflt,
+            std::nullopt);
+}
+
+TEST(SchemaNodes, NorthboundModelHasNoDefaults) {
+  for (const Node* n : product_schema().all()) {
+    EXPECT_FALSE(n->module == "snmp" && n->dflt) << n->name;
+    EXPECT_FALSE(n->description.empty()) << n->module << ' ' << n->name;
+  }
+}
+
+TEST(SchemaNodes, AnnotationsReachWhatStandsBelow) {
+  struct Case {
+    std::string path, transform, hook, validated;
+    bool stored;
+  };
+  const std::vector<Case> kCases = {
+      {"/snmp", "", "", "", false},
+      {"/snmp/community{a}", "community", "community-hook", "", false},
+      {"/snmp/community{a}/name", "community", "", "", false},
+      {"/snmp/notify{a}/tag", "notify", "", "", false},
+      {"/snmp/target{a}/usm/user-name", "target", "", "", false},
+      {"/snmp/agent/version/v1", "agent", "", "", false},
+      {"/snmp/agent/engine-id", "agent", "", "", true},
+      {"/snmp/agent/engine-id/from-text", "agent", "", "", true},
+      {"/snmp/usm/remote{80:00:00:01:05}/user{u}/auth/md5/key", "usm", "", "", false},
+      {"/snmp/vacm", "", "", "", false},
+      {"/snmp/vacm/group{g}", "vacm_group", "", "vacm-group", false},
+      {"/snmp/vacm/group{g}/member{m}/sec-model", "vacm_group", "", "vacm-group", false},
+      {"/snmp/vacm/view{v}/subtree{1}/included", "vacm_view", "", "", false},
+      {"/attr-list{/a}", "", "", "", false},
+  };
+  for (const auto& c : kCases) {
+    const Node& n = node_at(c.path);
+    EXPECT_EQ(n.transform ? n.transform->callpoint : "", c.transform) << c.path;
+    EXPECT_EQ(n.hooked ? n.hooked->hook : "", c.hook) << c.path;
+    EXPECT_EQ(n.validated ? n.validated->valpoint : "", c.validated) << c.path;
+    EXPECT_EQ(n.stored_root != nullptr, c.stored) << c.path;
+    EXPECT_EQ(n.is_external(), !c.transform.empty() && !c.stored) << c.path;
+  }
+  EXPECT_TRUE(product_schema().has_callpoint("community-hook"));
+  EXPECT_FALSE(product_schema().has_callpoint("vacm-group"));
+  EXPECT_TRUE(product_schema().has_valpoint("vacm-group"));
+}
+
+TEST(SchemaNodes, KeysAndPasswordsAreSecret) {
+  const std::string kRow = "/SNMP-USER-BASED-SM-MIB/usmUserTable/usmUserEntry{80:00:00:01:05 a}/";
+  const std::string kUser = "/snmp/usm/local/user{u}/";
+  for (const auto& path :
+       {kRow + "usmUserAuthKey", kRow + "usmUserPrivKey", kRow + "usm-crypto/auth/key",
+        kRow + "usm-crypto/priv/password", kUser + "auth/sha/key", kUser + "priv/aes/password"}) {
+    EXPECT_TRUE(node_at(path).secret) << path;
+  }
+  EXPECT_TRUE(node_at(kRow + "usm-crypto/auth/password").encrypted);
+  EXPECT_FALSE(node_at(kUser + "auth/sha/password").encrypted);
+  EXPECT_FALSE(node_at(kRow + "usmUserName").secret);
+}
+
+TEST(SchemaChoices, CasesHoldTheirNodes) {
+  using Cases = std::map<std::string, std::vector<std::string>>;
+  struct Case {
+    std::string holder, choice;
+    bool mandatory;
+    Cases cases;
+  };
+  const std::string kUser = "/snmp/usm/local/user{u}/";
+  const std::vector<Case> kCases = {
+      {"/snmp/target{a}", "params", true, {{"v1", {"v1"}}, {"v2c", {"v2c"}}, {"usm", {"usm"}}}},
+      {"/snmp/target{a}", "secure-transport", false, {{"tls", {"tls"}}, {"dtls", {"dtls"}}}},
+      {kUser + "auth", "protocol", true, {{"md5", {"md5"}}, {"sha", {"sha"}}}},
+      {kUser + "priv", "protocol", true, {{"des", {"des"}}, {"aes", {"aes"}}}},
+      {kUser + "priv/des", "key-type", true, {{"key", {"key"}}, {"password", {"password"}}}},
+      {"/snmp/vacm/view{v}/subtree{1}",
+       "type",
+       true,
+       {{"included", {"included"}}, {"excluded", {"excluded"}}}},
+      {"/snmp/agent/engine-id",
+       "method",
+       false,
+       {{"from-ip", {"from-ip"}},
+        {"from-mac-address", {"from-mac-address"}},
+        {"from-text", {"from-text"}},
+        {"other", {"other"}}}},
+  };
+  for (const auto& c : kCases) {
+    const Node& holder = node_at(c.holder);
+    const Choice* choice = product_schema().find_choice(holder, c.choice);
+    ASSERT_NE(choice, nullptr) << c.holder << ' ' << c.choice;
+    EXPECT_EQ(choice->holder, &holder);
+    EXPECT_EQ(choice->mandatory, c.mandatory) << c.choice;
+    Cases found;
+    for (const auto& each : choice->cases) found[each.name] = names(each.nodes);
+    EXPECT_EQ(found, c.cases);
+  }
+  EXPECT_EQ(node_at("/snmp/target{a}/v2c").case_name, "v2c");
+  EXPECT_EQ(node_at("/snmp/target{a}/v2c/sec-name").choice, nullptr);
+}
+
+TEST(SchemaCompact, ParentsComeFirstAndChoicesStandBetween) {
+  const SchemaFile file = product_schema().compact();
+  std::map<std::string, std::size_t> paths;
+  std::vector<std::string> path_of;
+  for (const auto& n : file.nodes) {
+    ASSERT_LE(n.parent, path_of.size()) << n.name;
+    path_of.push_back((n.parent == 0 ? "" : path_of[n.parent - 1]) + "/" + n.name);
+    paths[path_of.back()] = path_of.size() - 1;
+  }
+  ASSERT_TRUE(paths.contains("/snmp/target/params/v1/v1/sec-name"));
+  ASSERT_TRUE(paths.contains("/snmp/usm/local/user/auth/protocol/sha/sha/key-type/key/key"));
+  EXPECT_EQ(file.nodes[paths["/snmp/target/params"]].kind, SchemaFileNode::Kind::choice);
+  EXPECT_EQ(file.nodes[paths["/snmp/target/params/v1"]].kind, SchemaFileNode::Kind::case_);
+  EXPECT_TRUE(
+      file.nodes[paths["/snmp/usm/local/user/auth/protocol/sha/sha/key-type/key/key"]].secret);
+  const auto& access = file.nodes[paths["/snmp/vacm/group/access"]];
+  EXPECT_EQ(access.keys.size(), 3U);
+  EXPECT_EQ(access.prefix, "snmp");
+  EXPECT_THAT(file.nodes[paths["/snmp/notify/type"]].labels,
+              ElementsAre(std::pair(1, "trap"), std::pair(2, "inform")));
+}
+
+// ---- modules of a test's own
+
+class Modules : public testing::Test {
+ protected:
+  Modules() {
+    std::string pattern = testing::TempDir() + "yang-XXXXXX";
+    directory_ = mkdtemp(pattern.data());
+  }
+  ~Modules() override { std::filesystem::remove_all(directory_); }
+
+  void write(const std::string& name, const std::string& body) {
+    std::ofstream(directory_ / (name + ".yang"))
+        << "module " << name << " {\n  yang-version 1.1;\n  namespace \"urn:" << name
+        << "\";\n  prefix " << name << ";\n"
+        << body << "}\n";
+  }
+  std::unique_ptr<Schema> load() { return Schema::load({directory_, QUILLET_YANG_DIR}); }
+  std::string load_error() {
+    try {
+      load();
+    } catch (const std::runtime_error& e) {
+      return e.what();
+    }
+    return {};
+  }
+
+  std::filesystem::path directory_;
+};
+
+TEST_F(Modules, BrokenModuleGivesOneLineWithItsPlace) {
+  struct Case {
+    std::string body, place, reason;
+  };
+  const std::vector<Case> kCases = {
+      {"  leaf a { type strin; }\n", "/broken.yang", "strin"},
+      {"  leaf a {\n    tipe string;\n  }\n", "/broken.yang:6: ", "tipe"},
+      {"  leaf a { type string;\n", "/broken.yang:", ""},
+      {"  import nowhere { prefix n; }\n", "/broken.yang", "nowhere"},
+      {"  list l { key \"k\"; leaf a { type string; } }\n", "/broken.yang", "k"},
+      {"  leaf a { type decimal64 { fraction-digits 2; } }\n", "broken", "not served"},
+      {"  anydata a;\n", "broken: a", "not served"},
+  };
+  for (const auto& c : kCases) {
+    write("broken", c.body);
+    const std::string error = load_error();
+    EXPECT_THAT(error, HasSubstr(c.place)) << c.body;
+    EXPECT_THAT(error, HasSubstr(c.reason)) << c.body;
+    EXPECT_EQ(error.find('\n'), std::string::npos) << error;
+  }
+}
+
+TEST_F(Modules, ImportedModuleThatIsBrokenIsTheOneNamed) {
+  write("a-user", "  import z-broken { prefix z; }\n");
+  write("z-broken", "  leaf a {\n    tipe string;\n  }\n");
+  EXPECT_THAT(load_error(), HasSubstr("/z-broken.yang:6: "));
+}
+
+TEST_F(Modules, MissingDirectoryIsNamed) {
+  EXPECT_THROW(Schema::load({"/nonexistent/yang"}), std::runtime_error);
+}
+
+TEST_F(Modules, PrefixOfTwoModulesIsRefused) {
+  write("other", "");
+  std::ofstream(directory_ / "twin.yang")
+      << "module twin { namespace \"urn:twin\"; prefix other; }\n";
+  EXPECT_THAT(load_error(), HasSubstr("one prefix"));
+}
+
+TEST_F(Modules, NestedChoicesKnowTheOuterCase) {
+  write("nest", R"(
+    container c {
+      choice outer {
+        case one { leaf x { type string; } choice inner { leaf y { type empty; } leaf z { type int8; } } }
+        leaf two { type string; }
+      }
+    })");
+  const auto schema = load();
+  const Node& c = schema->resolve(parse_path("/nest:c")).node();
+  const Choice* inner = schema->find_choice(c, "inner");
+  ASSERT_NE(inner, nullptr);
+  ASSERT_NE(inner->outer, nullptr);
+  EXPECT_EQ(inner->outer->name, "outer");
+  EXPECT_EQ(inner->outer_case, "one");
+  EXPECT_THAT(names(inner->outer->cases[0].nodes), ElementsAre("x", "y", "z"));
+  EXPECT_EQ(c.child("z")->choice, inner);
+  // The compact form nests them alike.
+  const SchemaFile file = schema->compact();
+  const auto at = std::ranges::find(file.nodes, "inner", &SchemaFileNode::name);
+  ASSERT_NE(at, file.nodes.end());
+  EXPECT_EQ(file.nodes[at->parent - 1].name, "one");
+}
+
+TEST_F(Modules, PatternOfTheLeafsOwnCountsForOctets) {
+  write("hex", R"(
+    import standin-annotations { prefix ann; }
+    import standin-types { prefix st; }
+    leaf even { ann:octets; type st:octets { pattern "(..:..(:..:..)*)?"; } })");
+  const auto schema = load();
+  const Node& even = schema->resolve(parse_path("/hex:even")).node();
+  EXPECT_TRUE(schema->admits(even, Value::octets("abcd")));
+  EXPECT_FALSE(schema->admits(even, Value::octets("abc")));
+}
+
+TEST_F(Modules, UnprefixedNameOfTwoModulesIsAmbiguous) {
+  write("east", "  container both { leaf a { type string; } }\n");
+  write("west", "  container both { leaf b { type string; } }\n");
+  const auto schema = load();
+  EXPECT_THAT(refusal_of([&] { schema->resolve(parse_path("/both")); }), HasSubstr("east, west"));
+  EXPECT_EQ(schema->resolve(parse_path("/west:both/b")).node().name, "b");
+}
+
+}  // namespace
+}  // namespace standin
