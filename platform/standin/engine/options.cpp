@@ -27,12 +27,14 @@ std::chrono::milliseconds read_timeout(const std::string& text) {
   return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
 }
 
-// The modules of the source tree while it is there, else those that were installed.
-std::vector<std::string> default_yang() {
-  const std::vector<std::string> source = {STANDIN_SOURCE_MODEL, STANDIN_SOURCE_YANG};
+// The modules that came with this program, wherever the whole was put; the build tree has the same
+// layout. A program that was copied away from them takes those of the system.
+std::string default_yang() {
   std::error_code ignored;
-  if (std::filesystem::is_directory(source.front(), ignored)) return source;
-  return {STANDIN_INSTALLED_YANG};
+  const auto program = std::filesystem::read_symlink("/proc/self/exe", ignored);
+  const auto beside = (program.parent_path() / STANDIN_YANG_FROM_PROGRAM).lexically_normal();
+  if (std::filesystem::is_directory(beside, ignored)) return beside;
+  return STANDIN_INSTALLED_YANG;
 }
 
 bool known(const std::string& name) {
@@ -79,7 +81,7 @@ Options read_options(int argc, const char* const* argv) {
     take(options, name, value);
   }
   if (options.engine.directory.empty()) options.engine.directory = kDefaultDirectory;
-  if (options.engine.yang.empty()) options.engine.yang = default_yang();
+  if (options.engine.yang.empty()) options.engine.yang = {default_yang()};
   return options;
 }
 
@@ -91,7 +93,9 @@ std::string usage() {
          "; made when missing)\n"
          "  --init FILE   initial configuration (JSON), while nothing was ever committed\n"
          "  --timeout S   longest silence of a daemon in seconds (default 30)\n"
-         "  --yang DIR    read the YANG modules of DIR; may be repeated\n";
+         "  --yang DIR    read the YANG modules of DIR; may be repeated\n"
+         "                (default: those that were installed with the program)\n"
+         "  --help        this text\n";
 }
 
 }  // namespace standin
