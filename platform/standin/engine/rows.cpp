@@ -13,7 +13,7 @@ constexpr std::size_t kMostOctets = 1u << 20;
 
 struct Row {
   Level keys;
-  std::vector<std::pair<Tag, Value>> leaves;
+  TaggedValues leaves;
 };
 
 struct Rows {
@@ -50,14 +50,8 @@ Rows stored_rows(Transaction& t, const RowsRequest& request, std::uint64_t most)
     }
     Row row{*keys, {}};
     for (const Value& key : *keys) size += octets(key);
-    const NodePath entry = request.list.with_keys(*keys);
-    for (const Node* child : entry.node().children) {
-      if (!request.with_leaves || !child->is_leaf()) continue;
-      std::optional<Value> value = t.stored().get(entry.child(*child), false);
-      if (!value) continue;
-      size += octets(*value);
-      row.leaves.emplace_back(child->tag, std::move(*value));
-    }
+    if (request.with_leaves) row.leaves = t.stored().leaves(request.list.with_keys(*keys));
+    for (const auto& [tag, value] : row.leaves) size += octets(value);
     last = std::move(keys);
     found.rows.push_back(std::move(row));
   }

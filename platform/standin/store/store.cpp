@@ -41,8 +41,8 @@ class SqliteStore final : public Store {
   ~SqliteStore() override { shut(); }
 
   std::optional<std::string> get(std::string_view key) override;
-  std::optional<Record> seek(std::string_view key) override { return first_row(seek_, key); }
-  std::optional<Record> next(std::string_view key) override { return first_row(next_, key); }
+  std::optional<Record> seek(std::string_view key) override;
+  std::optional<Record> next(std::string_view key) override;
   void apply(const Batch& batch) override;
   void close() override { shut(); }
 
@@ -54,7 +54,7 @@ class SqliteStore final : public Store {
     ~Run();
     Run(const Run&) = delete;
     Run& operator=(const Run&) = delete;
-    Run& bind(int index, std::string_view octets);
+    Run& bind(int index, std::string_view octets, sqlite3_destructor_type keep = SQLITE_STATIC);
     bool step();  // a row is there
     std::string column(int index) const;
 
@@ -75,7 +75,8 @@ class SqliteStore final : public Store {
   Statement prepare(const char* sql);
   void execute(const char* sql);
   int number(const char* sql);
-  std::optional<Record> first_row(const Statement& statement, std::string_view key);
+  std::optional<Record> step_cursor();
+  void drop_cursor() noexcept { cursor_.reset(); }
   void hold_snapshot();
   void release_snapshot();
   void write(const Batch& batch);
@@ -84,7 +85,10 @@ class SqliteStore final : public Store {
   std::string file_;
   FileDescriptor lock_;
   Database db_;
-  Statement get_, seek_, next_, put_, remove_, snapshot_, begin_, commit_, rollback_;
+  Statement get_, seek_, put_, remove_, snapshot_, begin_, commit_, rollback_;
+  // `seek_` while it runs, and the key where it stands.
+  std::unique_ptr<Run> cursor_;
+  std::string cursor_key_;
 };
 
 SqliteStore::Run::Run(SqliteStore& store, const Statement& statement, const char* failure)
@@ -97,10 +101,11 @@ SqliteStore::Run::~Run() {
   sqlite3_clear_bindings(statement_);
 }
 
-SqliteStore::Run& SqliteStore::Run::bind(int index, std::string_view octets) {
+SqliteStore::Run& SqliteStore::Run::bind(int index, std::string_view octets,
+                                         sqlite3_destructor_type keep) {
   // A null pointer would bind NULL instead of no octets.
   const char* data = octets.empty() ? "" : octets.data();
-  if (sqlite3_bind_blob64(statement_, index, data, octets.size(), SQLITE_STATIC) != SQLITE_OK)
+  if (sqlite3_bind_blob64(statement_, index, data, octets.size(), keep) != SQLITE_OK)
     store_.fail(failure_);
   return *this;
 }
@@ -193,8 +198,7 @@ void SqliteStore::create_table() {
 
 void SqliteStore::prepare() {
   get_ = prepare("SELECT value FROM record WHERE key = ?");
-  seek_ = prepare("SELECT key, value FROM record WHERE key >= ? ORDER BY key LIMIT 1");
-  next_ = prepare("SELECT key, value FROM record WHERE key > ? ORDER BY key LIMIT 1");
+  seek_ = prepare("SELECT key, value FROM record WHERE key >= ? ORDER BY key");
   put_ = prepare("REPLACE INTO record (key, value) VALUES (?, ?)");
   remove_ = prepare("DELETE FROM record WHERE key = ?");
   snapshot_ = prepare("BEGIN");
@@ -223,8 +227,8 @@ int SqliteStore::number(const char* sql) {
 }
 
 void SqliteStore::shut() noexcept {
-  for (Statement* s :
-       {&get_, &seek_, &next_, &put_, &remove_, &snapshot_, &begin_, &commit_, &rollback_})
+  drop_cursor();
+  for (Statement* s : {&get_, &seek_, &put_, &remove_, &snapshot_, &begin_, &commit_, &rollback_})
     s->reset();
   db_.reset();
   lock_.reset();
@@ -251,11 +255,35 @@ std::optional<std::string> SqliteStore::get(std::string_view key) {
   return run.column(0);
 }
 
-std::optional<Record> SqliteStore::first_row(const Statement& statement, std::string_view key) {
+// A walk asks for keys that grow in small steps, and one step of the cursor is a fraction of a
+// search from the root: so a step is tried first.
+std::optional<Record> SqliteStore::seek(std::string_view key) {
+  if (cursor_ && cursor_key_ < key) {
+    auto record = step_cursor();
+    if (!record || record->first >= key) return record;
+  }
+  drop_cursor();
   hold_snapshot();
-  Run run(*this, statement);
-  if (!run.bind(1, key).step()) return std::nullopt;
-  return Record(run.column(0), run.column(1));
+  auto run = std::make_unique<Run>(*this, seek_);
+  // SQLite keeps a copy: the cursor outlives the caller's key.
+  run->bind(1, key, SQLITE_TRANSIENT);
+  cursor_ = std::move(run);
+  return step_cursor();
+}
+
+std::optional<Record> SqliteStore::next(std::string_view key) {
+  // No octet string stands between a key and the key with a zero octet behind it.
+  return seek(std::string(key).append(1, '\0'));
+}
+
+// At the end there is no cursor any more.
+std::optional<Record> SqliteStore::step_cursor() {
+  if (!cursor_->step()) {
+    drop_cursor();
+    return std::nullopt;
+  }
+  cursor_key_ = cursor_->column(0);
+  return Record(cursor_key_, cursor_->column(1));
 }
 
 void SqliteStore::write(const Batch& batch) {
@@ -268,6 +296,7 @@ void SqliteStore::write(const Batch& batch) {
 }
 
 void SqliteStore::apply(const Batch& batch) {
+  drop_cursor();
   release_snapshot();
   Run(*this, begin_, kCannotWrite).step();
   try {

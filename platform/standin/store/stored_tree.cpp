@@ -22,9 +22,12 @@ void StoredTree::refuse(ErrorCode code, const NodePath& path, const std::string&
 
 std::optional<Value> StoredTree::read(const NodePath& path, bool note) {
   const auto octets = writes_.get(store_key(path), note);
-  if (!octets) return std::nullopt;
+  return octets ? std::optional(unpacked(path, *octets)) : std::nullopt;
+}
+
+Value StoredTree::unpacked(const NodePath& path, std::string_view octets) const {
   try {
-    return unpack_value(*octets);
+    return unpack_value(octets);
   } catch (const WireError&) {
     refuse(ErrorCode::failed, path, ": its record in the database is damaged");
   }
@@ -112,6 +115,29 @@ std::optional<Level> StoredTree::next(const NodePath& list, const Level* after) 
   const auto record = writes_.seek(after ? range_end(store_key(all.with_keys(*after))) : list_key);
   if (!record) return std::nullopt;
   return entry_keys(record->first, list_key, list.node().keys.size());
+}
+
+TaggedValues StoredTree::leaves(const NodePath& entry) {
+  const std::string entry_key = store_key(entry);
+  std::map<std::string, std::string> records;  // by what follows the entry's key
+  for (auto r = writes_.next(entry_key); r && r->first.starts_with(entry_key);
+       r = writes_.next(r->first))
+    records.emplace(r->first.substr(entry_key.size()), std::move(r->second));
+  TaggedValues values;
+  for (const Node* child : entry.node().children) {
+    if (!child->is_leaf()) continue;
+    std::string id;
+    append_id(id, child->id);
+    if (child->is_key)
+      values.emplace_back(child->tag, entry.steps.back().keys.at(key_index(*child)));
+    else if (const auto record = records.find(id); record != records.end())
+      values.emplace_back(child->tag, child->type == Type::xmltag
+                                          ? Value::tag(child->tag)
+                                          : unpacked(entry.child(*child), record->second));
+    else if (child->dflt)
+      values.emplace_back(child->tag, *child->dflt);
+  }
+  return values;
 }
 
 std::optional<const Choice::Case*> StoredTree::selected(const NodePath& holder,

@@ -5,6 +5,8 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/standin/schema/schema.h"
@@ -15,6 +17,7 @@ namespace standin {
 
 // Numbers to values.
 using Attributes = std::map<std::uint32_t, Value>;
+using TaggedValues = std::vector<std::pair<Tag, Value>>;
 
 // All refusals are Refusal with the path and the reason in the text.
 class StoredTree {
@@ -31,6 +34,8 @@ class StoredTree {
   std::optional<Value> get(const NodePath& path, bool note = true);
   // List entries in key order: the first one after `after` (null: the first one).
   std::optional<Level> next(const NodePath& list, const Level* after);
+  // The values of the leaves directly in an entry that is there, by one pass over its records.
+  TaggedValues leaves(const NodePath& entry);
   std::optional<const Choice::Case*> selected(const NodePath& holder, const Choice& choice);
 
   // The value is checked, text is read by the type, an encrypted leaf is encrypted. A write of a
@@ -55,6 +60,7 @@ class StoredTree {
   using Items = std::vector<Value>;
 
   std::optional<Value> read(const NodePath& path, bool note);
+  Value unpacked(const NodePath& path, std::string_view octets) const;
   std::optional<Items> leaf_list(const NodePath& path, bool note);
   bool parent_there(const NodePath& path, bool note);
   bool has_content(const NodePath& path);
