@@ -49,6 +49,20 @@ TEST(Store, ReopenedHoldsWhatWasApplied) {
   EXPECT_EQ(store->next("b"), std::nullopt);
 }
 
+TEST(Store, WalkSeesABatchThatCameInBetween) {
+  const TempDir dir;
+  const auto store = Store::open(dir / "db");
+  store->apply({{"a", "1"}, {"b", "1"}, {"d", "1"}});
+  EXPECT_EQ(store->seek("a"), Record("a", "1"));
+  EXPECT_EQ(store->next("a"), Record("b", "1"));
+  store->apply({{"c", "2"}, {"d", "2"}});
+  EXPECT_EQ(store->next("b"), Record("c", "2"));
+  EXPECT_EQ(store->seek("c2"), Record("d", "2"));
+  EXPECT_EQ(store->seek("b"), Record("b", "1"));
+  EXPECT_EQ(store->next("d"), std::nullopt);
+  EXPECT_EQ(store->next("a"), Record("b", "1"));
+}
+
 TEST(Store, FilesAreTheOwnersAlone) {
   const TempDir dir;
   write_file(dir / "db", "");
