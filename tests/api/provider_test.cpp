@@ -6,6 +6,7 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include <condition_variable>
 #include <cstring>
 #include <mutex>
 #include <thread>
@@ -20,13 +21,18 @@ namespace {
 
 // What the callbacks did, in order; they run on the daemon's thread.
 std::mutex journal_mutex;
+std::condition_variable journal_grew;
 std::vector<std::string> journal;
 void note(const std::string& line) {
   const std::lock_guard lock(journal_mutex);
   journal.push_back(line);
+  journal_grew.notify_all();
 }
-std::vector<std::string> noted() {
-  const std::lock_guard lock(journal_mutex);
+// The journal, once it ends so: a client that has gone is noticed after it has ended.
+std::vector<std::string> noted_until(const std::string& last) {
+  std::unique_lock lock(journal_mutex);
+  journal_grew.wait_for(lock, kPatience,
+                        [&] { return !journal.empty() && journal.back() == last; });
   return std::exchange(journal, {});
 }
 
@@ -210,7 +216,7 @@ TEST_F(Provider, ValidationRunsInTheContextOfTheWrites) {
   const Ran validated =
       batch({"create /snmp:snmp/vacm/group{g}/access{c usm auth-priv}", "validate"}, {"-k"});
   EXPECT_NE(validated.out.find("not today"), std::string::npos) << validated;
-  const auto lines = noted();
+  const auto lines = noted_until("finish");
   ASSERT_GE(lines.size(), 4U);
   EXPECT_EQ(lines[0], "init");
   EXPECT_EQ(lines[1], "validate-init");
