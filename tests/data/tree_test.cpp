@@ -95,7 +95,9 @@ TEST_F(Tree, LoadRefusesWithPathAndLine) {
       {R"([])", "expected an object"},
   };
   for (const auto& [json, reason] : cases) {
-    EXPECT_THAT(refusal([&, text = json] { load_json(data, schema(), text); }), HasSubstr(reason));
+    const std::string text = refusal([&, text = json] { load_json(data, schema(), text); });
+    EXPECT_THAT(text, HasSubstr(reason));
+    EXPECT_EQ(text.find("line "), text.rfind("line ")) << text;
   }
   const std::string secret = refusal([&] {
     load_json(

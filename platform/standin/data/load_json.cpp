@@ -218,8 +218,9 @@ void Loader::values(const NodePath& path, const Json& json) {
     }
     ensure(path, json);
   } else {
+    const std::string word = text(path, json);
     write(path, json, [&] {
-      data_.set(path, Value::text(text(path, json)), Data::Ancestors::present);
+      data_.set(path, Value::text(word), Data::Ancestors::present);
       return true;
     });
   }
