@@ -162,6 +162,38 @@ Outcome run_status(Context& context, const Call&) {
   return Outcome::done;
 }
 
+// Where the last word of a path begins: a name behind a slash, a key or value behind a blank.
+std::size_t last_word(std::string_view text) {
+  std::size_t begins = 0;
+  bool keys = false;
+  bool quoted = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (quoted) {
+      if (c == '\\') ++i;
+      quoted = c != '"';
+    } else if (c == '"') {
+      quoted = true;
+    } else if (c == ' ' || c == '{' || (c == '/' && !keys)) {
+      begins = i + 1;
+      keys = keys || c == '{';
+    } else if (c == '}') {
+      keys = false;
+    }
+  }
+  return begins;
+}
+
+// Whole words, in the path's own quoting; the shell's is the shell's.
+Outcome run_complete(Context& context, const Call& call) {
+  const std::string& text = call.operands.front();
+  const std::string before = text.substr(0, last_word(text));
+  for (const std::string& word : context.session.complete(text)) {
+    context.out << before << quote_word(word) << '\n';
+  }
+  return Outcome::done;
+}
+
 constexpr Command kCommands[] = {
     {.name = "get",
      .usage = "PATH",
@@ -257,6 +289,12 @@ constexpr Command kCommands[] = {
      .writes_from = 0,
      .batch_only = true,
      .run = run_diff},
+    {.name = "complete",
+     .usage = "TEXT",
+     .help = "what a path that begins so may become, for shells",
+     .least = 1,
+     .most = 1,
+     .run = run_complete},
     {.name = "start",
      .usage = "",
      .help = "end phase 0",

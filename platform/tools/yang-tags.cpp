@@ -20,11 +20,22 @@ struct Options {
   std::vector<std::string> directories;
   std::string module;
   std::string output;
+  bool help = false;
 };
+
+constexpr const char* kUsage =
+    "usage: yang-tags --dir DIR... -o HEADER MODULE\n"
+    "  --dir DIR     look for YANG modules in DIR; may be repeated\n"
+    "  -o HEADER     the file to write\n"
+    "  --help        this text\n";
 
 Options read_options(const std::vector<std::string>& words) {
   Options options;
   for (std::size_t i = 0; i < words.size(); ++i) {
+    if (words[i] == "--help") {
+      options.help = true;
+      return options;
+    }
     const bool takes_value = words[i] == "--dir" || words[i] == "-o";
     if (takes_value && i + 1 == words.size()) throw std::runtime_error(words[i] + " needs a value");
     if (words[i] == "--dir") {
@@ -38,7 +49,7 @@ Options read_options(const std::vector<std::string>& words) {
     }
   }
   if (options.directories.empty() || options.module.empty() || options.output.empty()) {
-    throw std::runtime_error("usage: yang-tags --dir DIR... -o HEADER MODULE");
+    throw std::runtime_error("directory, header and module are needed; --help explains");
   }
   return options;
 }
@@ -104,6 +115,10 @@ void write_header(std::ostream& out, const std::string& module, const Names& nam
 int main(int argc, char** argv) {
   try {
     const Options options = read_options({argv + 1, argv + argc});
+    if (options.help) {
+      std::cout << kUsage;
+      return 0;
+    }
     const auto schema = Schema::load(options.directories);
     const Names names = names_of(*schema, options.module);
     std::ofstream file(options.output);
