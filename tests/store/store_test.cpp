@@ -9,8 +9,8 @@
 #include <csignal>
 #include <functional>
 
-#include "platform/standin/store/file_descriptor.h"
 #include "platform/standin/store/server_records.h"
+#include "platform/wire/file_descriptor.h"
 #include "temp_dir.h"
 
 namespace standin {

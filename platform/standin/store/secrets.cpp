@@ -10,9 +10,9 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "file_descriptor.h"
 #include "platform/standin/schema/schema.h"
 #include "platform/wire/cipher.h"
+#include "platform/wire/file_descriptor.h"
 
 namespace standin {
 namespace {

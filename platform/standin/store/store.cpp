@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "file_descriptor.h"
+#include "platform/wire/file_descriptor.h"
 
 namespace standin {
 namespace {
