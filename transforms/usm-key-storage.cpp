@@ -133,21 +133,15 @@ void usm_report_stale_priv_key(const UsmKeyOwner& priv, int auth_protocol) {
             usm_name_text(user.name).c_str());
 }
 
-int usm_get_key_type(int thandle, confd_trans_ctx* tctx, const confd_hkeypath_t* kp,
-                     u_int32_t side_tag, const confd_value_t* engine_id, const confd_value_t* name,
-                     Value& out) {
-  out = Value();
-  const UsmSide* side = find_usm_side(side_tag);
-  const auto path = _usm_get_crypto_path(kp, side_tag, tags::snmp::key);
-  if (side == nullptr || !path) return refuse_or_quiet(tctx, "Invalid crypto path");
-  const UsmKeyOwner owner{{thandle, engine_id, name}, *side, kp};
+int usm_read_key_type(confd_trans_ctx* tctx, const UsmKeyOwner& owner, Value& type,
+                      Value& password) {
   SecretValue copy;
-  if (usm_read(owner.user, copy, path->c_str()) == UsmRead::failed) {
+  if (usm_read_copy(owner, tags::snmp::key, copy) == UsmRead::failed) {
     return refuse_or_quiet(tctx, "Problem retrieving encrypted key type");
   }
-  const bool has_password = usm_exists(owner.user, copy_path(owner, tags::snmp::password).c_str());
+  const bool has_password = usm_read_copy(owner, tags::snmp::password, password) != UsmRead::absent;
   SecretValue key;
-  switch (usm_read(owner.user, key, side->key)) {
+  switch (usm_read(owner.user, key, owner.side.key)) {
     case UsmRead::failed:
       return refuse_or_quiet(tctx, "Problem retrieving key type");
     case UsmRead::absent:
@@ -155,14 +149,24 @@ int usm_get_key_type(int thandle, confd_trans_ctx* tctx, const confd_hkeypath_t*
     case UsmRead::value:
       break;
   }
-  if (has_password && confd_val_eq(copy.get(), key.get()) != 0) {
-    *out = xmltag_value(tags::snmp::password, tags::snmp::ns);
-    return CONFD_OK;
-  }
-  *out = xmltag_value(tags::snmp::key, tags::snmp::ns);
+  const bool agree = confd_val_eq(copy.get(), key.get()) != 0;
+  const u_int32_t selected = agree && has_password ? tags::snmp::password : tags::snmp::key;
+  *type = xmltag_value(selected, tags::snmp::ns);
   // Refused while only reading; the next transaction that may write does it.
-  if (confd_val_eq(copy.get(), key.get()) == 0) usm_write(owner.user, *key, path->c_str());
+  if (!agree) usm_write(owner.user, *key, copy_path(owner, tags::snmp::key).c_str());
   return CONFD_OK;
+}
+
+int usm_get_key_type(int thandle, confd_trans_ctx* tctx, const confd_hkeypath_t* kp,
+                     u_int32_t side_tag, const confd_value_t* engine_id, const confd_value_t* name,
+                     Value& out) {
+  out = Value();
+  const UsmSide* side = find_usm_side(side_tag);
+  if (side == nullptr || !_usm_get_crypto_path(kp, side_tag, tags::snmp::key)) {
+    return refuse_or_quiet(tctx, "Invalid crypto path");
+  }
+  Value password;
+  return usm_read_key_type(tctx, {{thandle, engine_id, name}, *side, kp}, out, password);
 }
 
 }  // namespace quillet

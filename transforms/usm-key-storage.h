@@ -16,6 +16,11 @@ struct UsmKeyOwner {
 // One of the copies below usm-crypto: `key` or `password`.
 UsmRead usm_read_copy(const UsmKeyOwner& owner, u_int32_t kind_tag, Value& out);
 
+// The case of `key-type` as usm_get_key_type() answers it, with the stored password, in its
+// encrypted form, that this had to look at; C_NOEXISTS where there is none, or it cannot be read.
+int usm_read_key_type(confd_trans_ctx* tctx, const UsmKeyOwner& owner, Value& type,
+                      Value& password);
+
 // Column first, then copy. Null, or the text of the write that failed.
 const char* usm_store_key(const UsmKeyOwner& owner, const confd_value_t& key);
 

@@ -49,11 +49,18 @@ HkeypathPtr usm_build_user_keypath(int protocol, const UsmSide& side,
   return kp;
 }
 
+// A row under the engine ID that is left, as it was before the first write.
+struct LocalUser {
+  Value name;
+  int auth_protocol;
+  int priv_protocol;
+};
+
 // Derives a side's key for the new engine ID. Null, or why the side keeps the key it has.
-const char* relocalize_password(confd_trans_ctx* tctx, const UsmKeyOwner& owner, int protocol,
-                                int auth_status, const confd_value_t* new_id) {
-  Value password;
-  if (usm_read_copy(owner, tags::snmp::password, password) != UsmRead::value) {
+const char* relocalize_password(confd_trans_ctx* tctx, const UsmKeyOwner& owner,
+                                const Value& password, int protocol, int auth_status,
+                                const confd_value_t* new_id) {
+  if (password->type == C_NOEXISTS) {
     set_text(tctx, kNoPassword);
     return kNoPassword;
   }
@@ -65,42 +72,44 @@ const char* relocalize_password(confd_trans_ctx* tctx, const UsmKeyOwner& owner,
   return failure;
 }
 
-// One side of one row, whose key is still the old one's. CONFD_OK whatever happens: a side that
-// cannot be changed is logged.
-int _check_relocalize(int thandle, confd_trans_ctx* tctx, const confd_value_t* engine_id,
-                      const confd_value_t* name, u_int32_t side_tag, int auth_status,
-                      const confd_value_t* new_id) {
-  const UsmSide& side = *find_usm_side(side_tag);
-  const int protocol = usm_get_stored_protocol(thandle, side_tag, engine_id, name);
-  const HkeypathPtr kp = usm_build_user_keypath(protocol, side, engine_id, name);
-  const UsmKeyOwner owner{{thandle, engine_id, name}, side, kp.get()};
-  Value key_type;
-  if (kp == nullptr ||
-      usm_get_key_type(thandle, tctx, kp.get(), side_tag, engine_id, name, key_type) != CONFD_OK) {
+// One side of one row, whose key is still the old one's. A side that cannot be changed is logged,
+// and the others go on.
+void _check_relocalize(int thandle, confd_trans_ctx* tctx, const confd_value_t* engine_id,
+                       const LocalUser& local, const UsmSide& side, const confd_value_t* new_id) {
+  const int protocol = side.tag == tags::snmp::auth ? local.auth_protocol : local.priv_protocol;
+  const HkeypathPtr kp = usm_build_user_keypath(protocol, side, engine_id, local.name.get());
+  const UsmKeyOwner owner{{thandle, engine_id, local.name.get()}, side, kp.get()};
+  Value key_type, password;
+  if (kp == nullptr || usm_read_key_type(tctx, owner, key_type, password) != CONFD_OK) {
     set_text(tctx, kNoPassword);
     log_side(owner, "the key cannot be read and stays as it is");
-    return CONFD_OK;
+    return;
   }
-  if (key_type->type == C_NOEXISTS) return CONFD_OK;
+  if (key_type->type == C_NOEXISTS) return;
   if (CONFD_GET_XMLTAG(key_type.get()) == tags::snmp::key) {
     log_side(owner, "the key was given for the former engine-id and must be set again");
-    return CONFD_OK;
+    return;
   }
-  const char* failure = relocalize_password(tctx, owner, protocol, auth_status, new_id);
+  const char* failure =
+      relocalize_password(tctx, owner, password, protocol, local.auth_protocol, new_id);
   if (failure != nullptr) log_side(owner, failure);
-  return CONFD_OK;
 }
 
-// The names of the rows under an engine ID, in table order. They are collected before the first
-// write, which would cost the cursor what it has read ahead.
-std::vector<Value> users_under(int sock, int thandle, const confd_value_t* engine_id) {
-  std::vector<Value> names;
+// The rows under an engine ID, in table order, read before the first write, which would cost the
+// cursor the rows that it has read ahead, and their columns.
+std::vector<LocalUser> users_under(int sock, int thandle, const confd_value_t* engine_id) {
+  std::vector<LocalUser> users;
   MaapiCursor rows;
   snmp_assert_ok(rows.init(sock, thandle, USM_TABLE), kModule, __LINE__);
   for (;;) {
     snmp_assert_ok(rows.next(), kModule, __LINE__);
-    if (rows.at_end()) return names;
-    if (confd_val_eq(rows.key(0), engine_id) != 0) names.push_back(Value::copy_of(*rows.key(1)));
+    if (rows.at_end()) return users;
+    if (confd_val_eq(rows.key(0), engine_id) == 0) continue;
+    const auto protocol = [&](u_int32_t side) {
+      return usm_get_stored_protocol(thandle, side, engine_id, rows.key(1));
+    };
+    users.push_back(
+        {Value::copy_of(*rows.key(1)), protocol(tags::snmp::auth), protocol(tags::snmp::priv)});
   }
 }
 
@@ -120,15 +129,14 @@ int usm_engine_id_conflict(int thandle, const confd_value_t* old_id, const confd
 
 int usm_relocalize_users(int sock, int thandle, confd_trans_ctx* tctx, const confd_value_t* new_id,
                          const confd_value_t* old_id) {
-  std::vector<Value> names = users_under(sock, thandle, old_id);
-  for (const Value& name : names) {
-    const int auth_status = usm_get_stored_protocol(thandle, tags::snmp::auth, old_id, name.get());
+  std::vector<LocalUser> users = users_under(sock, thandle, old_id);
+  for (const LocalUser& user : users) {
     for (const UsmSide& side : kUsmSides) {
-      _check_relocalize(thandle, tctx, old_id, name.get(), side.tag, auth_status, new_id);
+      _check_relocalize(thandle, tctx, old_id, user, side, new_id);
     }
   }
-  for (; !names.empty(); names.pop_back()) {
-    const confd_value_t* name = names.back().get();
+  for (; !users.empty(); users.pop_back()) {
+    const confd_value_t* name = users.back().name.get();
     confd_value_t to[] = {*new_id, *name};
     const int result = maapi_move(sock, thandle, to, 2, USM_ROW, old_id, name);
     if (result != CONFD_OK) {

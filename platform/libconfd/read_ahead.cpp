@@ -48,7 +48,17 @@ const AheadRow* AheadRun::row(const Level& keys) {
   if (found == by_key_.end()) return nullptr;
   ++leaf_reads_;
   wants_leaves_ = true;
-  return &rows_[found->second];
+  const std::size_t place = found->second;
+  // A row that was read with its leaves has its keys among them. The rows after one without are
+  // likely to be asked for their leaves next: they are read anew, rather than leaf by leaf.
+  if (rows_[place].leaves.empty()) forget_after(place);
+  return &rows_[place];
+}
+
+void AheadRun::forget_after(std::size_t place) {
+  for (std::size_t i = place + 1; i < rows_.size(); ++i) by_key_.erase(index_key(rows_[i].keys));
+  if (place + 1 < rows_.size()) end_ = false;
+  rows_.resize(place + 1);
 }
 
 void AheadRun::continue_after(const std::optional<Level>& after, std::uint64_t generation) {

@@ -46,6 +46,7 @@ class AheadRun {
 
  private:
   std::size_t place_of(const Level& keys, std::size_t hint) const;
+  void forget_after(std::size_t place);
 
   Path list_;
   std::uint64_t generation_;

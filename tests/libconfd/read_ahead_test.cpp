@@ -131,6 +131,24 @@ TEST_F(ReadAheadTest, WalkWithAColumnCostsFewFrames) {
   EXPECT_EQ(table_->count(Op::get_elem), 0u);
 }
 
+TEST_F(ReadAheadTest, ColumnAfterAWalkOfKeysCostsOneLook) {
+  fill(300);
+  inside([&] {
+    for (const bool columns : {false, true}) {
+      Cursor c(maapi_);
+      int rows = 0;
+      for (std::string key = c.next(); !key.empty(); key = c.next(), ++rows) {
+        if (columns) {
+          EXPECT_EQ(leaf(key), "v" + key);
+        }
+      }
+      EXPECT_EQ(rows, 300);
+    }
+  });
+  EXPECT_LE(table_->requests.size(), 20u);
+  EXPECT_EQ(table_->count(Op::get_elem), 1u);
+}
+
 TEST_F(ReadAheadTest, UnchangedTransactionServesTheNextWalkToo) {
   fill(5);
   const auto walk = [&] {
