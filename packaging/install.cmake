@@ -56,7 +56,7 @@ install_service(confd-standin standin)
 install(FILES ${packaging}/systemd/confd-standin.sysusers COMPONENT standin
   DESTINATION lib/sysusers.d RENAME confd-standin.conf)
 install(FILES ${PROJECT_SOURCE_DIR}/examples/initial.json
-  ${PROJECT_SOURCE_DIR}/examples/communities.json COMPONENT standin
+  ${PROJECT_SOURCE_DIR}/examples/agent.json COMPONENT standin
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/confd-standin/examples)
 
 # yang: every module, for this server and for any other

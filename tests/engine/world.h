@@ -18,7 +18,7 @@
 
 namespace standin {
 
-inline constexpr std::chrono::seconds kPatience{20};
+inline constexpr std::chrono::seconds kPatience{60};
 
 // A directory that goes with its owner.
 class TempDirectory {

@@ -20,7 +20,7 @@
 
 namespace standin {
 
-inline constexpr auto kPatience = std::chrono::seconds(10);
+inline constexpr auto kPatience = std::chrono::seconds(60);
 
 // A frame whose first element is that number.
 FrameWriter frame(std::uint64_t first);

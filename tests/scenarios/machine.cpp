@@ -21,20 +21,10 @@ sockaddr_in loopback(std::uint16_t port) {
   return address;
 }
 
-// The daemon is told its status port beforehand. Ports below the range from which the kernel
-// gives out its own, at a place that follows from the pid, are nobody else's.
-std::uint16_t free_port() {
-  constexpr unsigned kFirst = 10240, kCount = 20480, kStep = 7;
-  const unsigned start = static_cast<unsigned>(::getpid()) * kStep;
-  for (unsigned i = 0; i < kCount; ++i) {
-    const auto port = static_cast<std::uint16_t>(kFirst + (start + i) % kCount);
-    const Descriptor probe(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    const sockaddr_in address = loopback(port);
-    if (::bind(probe.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
-      return port;
-    }
-  }
-  throw std::runtime_error("no free port");
+bool can_bind(int kind, std::uint16_t port) {
+  const Descriptor probe(::socket(AF_INET, kind | SOCK_CLOEXEC, 0));
+  const sockaddr_in address = loopback(port);
+  return ::bind(probe.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 
 std::filesystem::path own_directory() {
@@ -44,6 +34,19 @@ std::filesystem::path own_directory() {
 }
 
 }  // namespace
+
+// Ports below the range from which the kernel gives out its own, from a place on that follows from
+// the pid, are nobody else's.
+std::uint16_t free_port() {
+  constexpr unsigned kFirst = 10240, kCount = 20480, kStep = 7;
+  const unsigned start = static_cast<unsigned>(::getpid()) * kStep;
+  static unsigned tried = 0;
+  while (tried < kCount) {
+    const auto port = static_cast<std::uint16_t>(kFirst + (start + tried++) % kCount);
+    if (can_bind(SOCK_STREAM, port) && can_bind(SOCK_DGRAM, port)) return port;
+  }
+  throw std::runtime_error("no free port");
+}
 
 Machine::Machine() : directory_(own_directory()), status_port_(free_port()) {
   // A client that ended early is seen by its status, not by our own end.

@@ -2,6 +2,7 @@
 // and clients. Knows nothing of a test framework.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -13,6 +14,10 @@
 namespace scenario {
 
 using standin::NorthboundSession;
+
+// A port of loopback, for TCP and UDP, that nobody has; another one at each call. For programs that
+// are told their port beforehand.
+std::uint16_t free_port();
 
 // Runs no process by itself; processes that still run are killed with it. Everything throws
 // std::runtime_error when a program does not do its part in time.

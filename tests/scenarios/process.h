@@ -13,7 +13,7 @@ namespace scenario {
 using Clock = std::chrono::steady_clock;
 using Strings = std::vector<std::string>;
 
-inline constexpr std::chrono::seconds kPatience{30};
+inline constexpr std::chrono::seconds kPatience{120};
 
 // A descriptor of its own.
 class Descriptor {
