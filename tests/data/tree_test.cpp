@@ -43,6 +43,10 @@ TEST_F(Tree, RefusedReadStandsInItsPlaceAndTheRestIsRead) {
   daemon.refuse["get /snmp:snmp/target{a}/ip"] = "Problem retrieving target address";
   EXPECT_EQ(print(schema(), read_tree(data, schema(), at("/snmp:snmp/target"), false)),
             "snmp(target{a}(name=a,ip!Problem retrieving target address,port=162))");
+  // Cases that cannot be told: the text stands where each choice does.
+  daemon.refuse = {{"get_case /snmp:snmp/target{a}", "no case"}};
+  EXPECT_EQ(print(schema(), read_tree(data, schema(), at("/snmp:snmp/target"), false)),
+            "snmp(target{a}(name=a,port=162,tls!no case,v1!no case))");
 }
 
 TEST_F(Tree, MibDefaultsOnlyOnRequest) {

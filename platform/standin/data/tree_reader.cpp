@@ -19,7 +19,7 @@ TreeNode refused_node(const Node& node, const std::string& text) {
 bool TreeReader::case_selected(const NodePath& holder, const Choice& choice,
                                const std::string& name,
                                std::vector<std::pair<const Choice*, const Choice::Case*>>& known,
-                               std::vector<TreeNode>& out) {
+                               std::vector<Child>& out) {
   if (choice.outer && !case_selected(holder, *choice.outer, choice.outer_case, known, out))
     return false;
   auto it =
@@ -32,25 +32,24 @@ bool TreeReader::case_selected(const NodePath& holder, const Choice& choice,
     } catch (const Refusal& refusal) {
       const Node& first = *choice.cases.front().nodes.front();
       visitor_.refused(holder.child(first), refusal);
-      out.push_back(refused_node(first, refusal.what()));
+      out.push_back({&first, refusal.what()});
     }
     it = known.insert(known.end(), {&choice, now});
   }
   return it->second && it->second->name == name;
 }
 
-std::vector<const Node*> TreeReader::active(const NodePath& holder,
-                                            const std::vector<const Node*>& nodes,
-                                            std::vector<TreeNode>& out) {
-  std::vector<const Node*> result;
+std::vector<TreeReader::Child> TreeReader::active(const NodePath& holder,
+                                                  const std::vector<const Node*>& nodes) {
+  std::vector<Child> result;
   std::vector<std::pair<const Choice*, const Choice::Case*>> known;
   for (const Node* n : nodes) {
     if (!visitor_.wanted(holder.child(*n))) continue;
     if (n->choice && !holder.empty() &&
-        !case_selected(holder, *n->choice, n->case_name, known, out)) {
+        !case_selected(holder, *n->choice, n->case_name, known, result)) {
       continue;
     }
-    result.push_back(n);
+    result.push_back({n, {}});
   }
   return result;
 }
@@ -58,7 +57,11 @@ std::vector<const Node*> TreeReader::active(const NodePath& holder,
 std::vector<TreeNode> TreeReader::children(const NodePath& holder) {
   std::vector<TreeNode> out;
   const auto& nodes = holder.empty() ? schema_.top() : holder.node().children;
-  for (const Node* n : active(holder, nodes, out)) {
+  for (const auto& [n, error] : active(holder, nodes)) {
+    if (!error.empty()) {
+      out.push_back(refused_node(*n, error));
+      continue;
+    }
     const NodePath path = holder.child(*n);
     try {
       if (n->is_key) {  // known from the entry's keys

@@ -2,6 +2,7 @@
 // through a visitor what is wanted, and hears what is missing on the way.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "data.h"
@@ -34,11 +35,15 @@ class TreeReader {
   TreeNode subtree(const NodePath& path);
 
  private:
-  std::vector<const Node*> active(const NodePath& holder, const std::vector<const Node*>& nodes,
-                                  std::vector<TreeNode>& out);
+  // A child that is to be read, or the refusal that stands in the place of a choice's nodes.
+  struct Child {
+    const Node* node;
+    std::string error;
+  };
+  std::vector<Child> active(const NodePath& holder, const std::vector<const Node*>& nodes);
   bool case_selected(const NodePath& holder, const Choice& choice, const std::string& name,
                      std::vector<std::pair<const Choice*, const Choice::Case*>>& known,
-                     std::vector<TreeNode>& out);
+                     std::vector<Child>& out);
   void entries(const NodePath& list, std::vector<TreeNode>& out);
   void read(const NodePath& path, std::vector<TreeNode>& out);
 
