@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <unordered_set>
 
 #include "text_rules.h"
 #include "types.h"
@@ -120,6 +121,15 @@ std::string yang_text(const Node& node, const Value& v) {
   return to_text(v);
 }
 
+// RFC 7950 7.7: the values of a configuration leaf-list are unique.
+const Value* repeated_item(const Node& node, const std::vector<Value>& items) {
+  std::unordered_set<std::string> known;
+  for (const Value& item : items) {
+    if (!known.insert(yang_text(node, item)).second) return &item;
+  }
+  return nullptr;
+}
+
 }  // namespace
 
 Reading read_value(const ly_ctx* ctx, const Node& node, std::string_view text) {
@@ -182,6 +192,9 @@ Value Schema::check(const Node& node, const Value& v) const {
   if (node.kind == Node::Kind::leaf_list && v.is(Type::list)) {
     std::vector<Value> items;
     for (const Value& item : v.items()) items.push_back(check(node, item));
+    if (const Value* repeated = repeated_item(node, items)) {
+      throw refused_value(node, *repeated, refused("it stands there twice"));
+    }
     return Value::list(std::move(items));
   }
   Reading reading = check_value(impl_->ctx.get(), node, v);

@@ -19,14 +19,6 @@ std::string sort_key(const Value& v) {
   return key;
 }
 
-bool repeats_itself(const std::vector<Value>& items) {
-  std::vector<std::string> keys;
-  keys.reserve(items.size());
-  for (const Value& v : items) keys.push_back(sort_key(v));
-  std::sort(keys.begin(), keys.end());
-  return std::adjacent_find(keys.begin(), keys.end()) != keys.end();
-}
-
 }  // namespace
 
 // Each ancestor's marker is read singly, so that a commit that takes one away meanwhile is a
@@ -94,10 +86,8 @@ void StoredTree::set_key_leaf(const NodePath& path, const Value& v) {
     refuse(ErrorCode::badvalue, path, ": the key of an entry cannot be changed");
 }
 
-// RFC 7950 7.7: the values of a configuration leaf-list are unique; those whose order says nothing
-// are kept in key order. An entry's attributes go with it.
+// Values whose order says nothing are kept in key order. An entry's attributes go with it.
 void StoredTree::set_leaf_list(const NodePath& path, Items items) {
-  if (repeats_itself(items)) refuse(ErrorCode::badvalue, path, ": a value stands there twice");
   if (!path.node().user_ordered)
     std::sort(items.begin(), items.end(),
               [](const Value& a, const Value& b) { return sort_key(a) < sort_key(b); });
