@@ -40,8 +40,9 @@ class StoredList {
     if (port->type != C_NOEXISTS) default_port_ = CONFD_GET_UINT16(port.get());
     if (read_if_there(tctx, list_, kList) != CONFD_OK) return CONFD_ERR;
     if (list_->type == C_NOEXISTS) return CONFD_OK;
-    const confd_value_t* items = CONFD_GET_LIST(list_.get());
-    items_.assign(items, items + CONFD_GET_LISTSIZE(list_.get()));
+    const confd_value_t* extra_ip_ports = list_.get();
+    const confd_value_t* items = CONFD_GET_LIST(extra_ip_ports);
+    items_.assign(items, items + CONFD_GET_LISTSIZE(extra_ip_ports));
     return CONFD_OK;
   }
 
@@ -50,8 +51,9 @@ class StoredList {
 
   // Nothing for an item that is no address.
   std::optional<ListenAddress> parse(const confd_value_t& item) const {
+    const confd_value_t* ip_port = &item;
     return parse_listen_address(
-        {reinterpret_cast<const char*>(CONFD_GET_BUFPTR(&item)), CONFD_GET_BUFSIZE(&item)},
+        {reinterpret_cast<const char*>(CONFD_GET_BUFPTR(ip_port)), CONFD_GET_BUFSIZE(ip_port)},
         default_port_);
   }
 

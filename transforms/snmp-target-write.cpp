@@ -279,7 +279,8 @@ int target_create(confd_trans_ctx* tctx, confd_hkeypath_t* kp) {
 }
 
 int target_delete(confd_trans_ctx* tctx, confd_hkeypath_t* kp) {
-  if (kp_is_tag(kp, 0) && in_ignored_container(kp)) return CONFD_OK;
+  const u_int32_t leaf = kp_is_tag(kp, 0) ? CONFD_GET_XMLTAG(kp_value(kp, 0)) : 0;
+  if (leaf == tags::snmp::ip && in_ignored_container(kp)) return CONFD_OK;
   const int result = kp_is_tag(kp, 0) ? delete_leaf(tctx, kp) : delete_entry(tctx, kp);
   return result == CONFD_OK ? snmp_attrs_delete_under(tctx, kp) : result;
 }
