@@ -290,9 +290,12 @@ TEST_F(Operations, AttributesGoWhereTheNodeIsAnswered) {
   annotate("/snmp:snmp/target{a}");
   annotate(engine);
   annotate(row);
+  annotate("/snmp:snmp");
   EXPECT_EQ(daemon.take_calls(), (Calls{"get /snmp:snmp/target{a}/name",
                                         "set_attr /snmp:snmp/target{a}", "set_attr " + engine}));
-  EXPECT_EQ(data.attributes(at(row)), (Attributes{{7, note}}));
+  data.remove(at(engine), Data::Ancestors::create);
+  for (const char* path : {row.c_str(), "/snmp:snmp"})
+    EXPECT_EQ(data.attributes(at(path)), (Attributes{{7, note}})) << path;
   daemon.lacks = {{"target", Op::cb_set_attr}};
   EXPECT_THAT(refusal([&] { annotate("/snmp:snmp/target{a}"); }), HasSubstr("keeps no attributes"));
 }

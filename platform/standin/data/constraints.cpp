@@ -65,7 +65,7 @@ std::optional<NodePath> unit_around(const NodePath& path, bool outside) {
     if (is_list_entry(step)) return head(path, n);
     const bool has_children = !step.node->has_value() && step.node->kind != Node::Kind::list;
     if (!has_children) continue;
-    if (step.node == path.node().transform || (n == 1 && !reaches_callbacks(*step.node))) {
+    if (step.node == path.node().transform || (n == 1 && !step.node->reaches_callbacks())) {
       return head(path, n);
     }
   }

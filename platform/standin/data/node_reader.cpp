@@ -4,12 +4,6 @@
 
 namespace standin {
 
-bool reaches_callbacks(const Node& node) {
-  if (node.is_external()) return true;
-  return std::any_of(node.children.begin(), node.children.end(),
-                     [](const Node* c) { return reaches_callbacks(*c); });
-}
-
 const Choice::Case* case_of(const Node& node) {
   if (!node.choice) return nullptr;
   for (const Choice::Case& c : node.choice->cases) {
@@ -22,7 +16,7 @@ bool NodeReader::exists(const NodePath& path, bool note) {
   const Node& node = path.node();
   if (node.is_external()) return external_exists(path);
   if (is_list_whole(path)) return has_entries(path);
-  return stored_.exists(path, note) || (is_plain(node) && reaches_callbacks(node));
+  return stored_.exists(path, note);
 }
 
 bool NodeReader::external_exists(const NodePath& path) {

@@ -39,8 +39,6 @@ class NodeReader {
   Callbacks& callbacks_;
 };
 
-// Something at or below the node is answered by callbacks.
-bool reaches_callbacks(const Node& node);
 // The case that the node stands in, of its innermost choice; null outside of choices.
 const Choice::Case* case_of(const Node& node);
 // A container without presence.

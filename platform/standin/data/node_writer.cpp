@@ -165,7 +165,7 @@ void NodeWriter::set(const NodePath& path, const Value& v, Data::Ancestors ances
 void NodeWriter::remove(const NodePath& path, Data::Ancestors ancestors) {
   const Node& node = path.node();
   const bool northbound = ancestors != Data::Ancestors::require;
-  const bool in_pieces = is_list_whole(path) || (is_plain(node) && reaches_callbacks(node));
+  const bool in_pieces = is_list_whole(path) || (is_plain(node) && node.reaches_callbacks());
   if (!node.transform && !in_pieces) {
     if (northbound && !reader_.exists(path, true)) not_there(path);
     do_remove(path);

@@ -6,6 +6,12 @@
 
 namespace standin {
 
+bool Node::reaches_callbacks() const {
+  if (is_external()) return true;
+  return std::any_of(children.begin(), children.end(),
+                     [](const Node* c) { return c->reaches_callbacks(); });
+}
+
 const Node* Node::child(std::string_view child_name) const {
   const auto found = std::ranges::find(children, child_name, &Node::name);
   return found == children.end() ? nullptr : *found;

@@ -89,6 +89,8 @@ struct Node {
   bool has_value() const { return kind == Kind::leaf || kind == Kind::leaf_list; }
   // Answered by callbacks rather than by the store.
   bool is_external() const { return transform != nullptr && stored_root == nullptr; }
+  // It, or something below it, is.
+  bool reaches_callbacks() const;
   const Node* child(std::string_view child_name) const;
   const Node* child(Tag child_tag) const;
 };

@@ -59,8 +59,8 @@ bool StoredTree::exists(const NodePath& path, bool note) {
   if (path.empty()) return true;
   const Node& node = path.node();
   switch (node.kind) {
-    case Node::Kind::container:
-      return has_content(path);
+    case Node::Kind::container:  // what callbacks answer below it is not for the store to know
+      return node.reaches_callbacks() || has_content(path);
     case Node::Kind::list:
       if (!path.is_entry()) return has_content(path);
       return writes_.get(store_key(path), note).has_value();

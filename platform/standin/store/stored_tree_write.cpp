@@ -156,7 +156,7 @@ void StoredTree::drop_attributes_of_emptied(NodePath path) {
     const bool entry = path.node().kind == Node::Kind::list && path.is_entry();
     path = entry ? path.with_keys({}) : path.parent();
     if (path.empty() || path.node().kind == Node::Kind::presence || path.is_entry()) return;
-    if (has_content(path)) return;
+    if (exists(path, false)) return;
     const std::string key = store_key(path);
     writes_.erase_range(content_end(key), range_end(key));
   }
