@@ -38,6 +38,15 @@ TEST_F(Operations, ReadsAskTheCallbackOfTheirKind) {
   }
 }
 
+TEST_F(Operations, QuestionsThatDoNotFitTheirNodeReachNoDaemon) {
+  for (const char* path : {"/snmp:snmp/usm", "/snmp:snmp/target{a}", "/snmp:snmp/agent/version"})
+    EXPECT_FALSE(data.get(at(path))) << path;
+  for (const char* path : {"/snmp:snmp/target", "/snmp:snmp/vacm/view{v}/subtree"})
+    EXPECT_THAT(refusal([&] { data.selected(at(path), *at(path).node().choices.front()); }),
+                HasSubstr("names no entry"));
+  EXPECT_EQ(daemon.take_calls(), Calls{});
+}
+
 TEST_F(Operations, WalkUsesEachNextValueOnce) {
   for (const char* name : {"a", "b"}) create("/snmp:snmp/target{" + std::string(name) + "}");
   daemon.take_calls();

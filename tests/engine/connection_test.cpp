@@ -97,6 +97,21 @@ TEST_F(Connections, RequestsForUnknownHandlesAreRefusedAndTheConnectionLives) {
   EXPECT_EQ(client.request(message(Op::nb_status)).number(), 0U);
 }
 
+TEST_F(Connections, RootIsNoNodeToAskAbout) {
+  NorthboundSession session(port(), "test", Access::write);
+  EXPECT_THROW(session.get(at("/")), Refused);
+  EXPECT_THROW(session.keys(at("/")), Refused);
+  EXPECT_THROW(session.selected_case(at("/"), "params"), Refused);
+  EXPECT_THROW(session.attributes(at("/")), Refused);
+  EXPECT_THROW(session.describe(at("/")), Refused);
+  EXPECT_THROW(session.remove(at("/")), Refused);
+  EXPECT_TRUE(session.exists(at("/")));
+  for (const char* so_far : {"/{", "/ ", "/{a} x"})
+    EXPECT_TRUE(session.complete(so_far).empty()) << so_far;
+  EXPECT_EQ(session.complete("//snmp:"), std::vector<std::string>{"snmp:snmp"});
+  expect_serving();
+}
+
 TEST_F(Connections, PastTheLimitAreClosedAtOnce) {
   std::vector<std::unique_ptr<RawClient>> all;
   for (int i = 0; i < kMostConnections; ++i)

@@ -49,6 +49,7 @@ const Choice::Case* Data::selected(const NodePath& holder, const Choice& choice)
 }
 
 Attributes Data::attributes(const NodePath& path) {
+  if (path.empty()) throw Refusal(ErrorCode::badpath, "/: has no attributes");
   return path.node().transform ? impl_->callbacks.attributes(path) : impl_->stored.attributes(path);
 }
 

@@ -27,7 +27,7 @@ struct Data::Impl {
   std::vector<Touched> touched;
   bool validating = false;
   Callbacks callbacks{schema, callouts};
-  NodeReader reader{stored, callbacks};
+  NodeReader reader{schema, stored, callbacks};
   NodeWriter writer{schema, stored, callbacks, reader, touched};
 };
 

@@ -57,6 +57,7 @@ bool NodeReader::has_entries(const NodePath& list) {
 
 std::optional<Value> NodeReader::get(const NodePath& path, bool note) {
   const Node& node = path.node();
+  if (!node.has_value()) return std::nullopt;
   if (!node.is_external()) return stored_.get(path, note);
   if (node.is_leaf() && node.type == Type::xmltag) {
     return callbacks_.found(path) ? std::optional(Value::tag(node.tag)) : std::nullopt;
@@ -91,6 +92,8 @@ void NodeReader::walk(const NodePath& list, const std::function<bool(const Level
 }
 
 const Choice::Case* NodeReader::selected(const NodePath& holder, const Choice& choice) {
+  if (!holder.empty() && is_list_whole(holder))
+    throw Refusal(ErrorCode::badpath, schema_.to_text(holder) + ": names no entry of the list");
   if (!holder.empty() && holder.node().is_external()) return callbacks_.selected(holder, choice);
   return stored_.selected(holder, choice).value_or(nullptr);
 }

@@ -13,7 +13,8 @@ namespace standin {
 
 class NodeReader {
  public:
-  NodeReader(StoredTree& stored, Callbacks& callbacks) : stored_(stored), callbacks_(callbacks) {}
+  NodeReader(const Schema& schema, StoredTree& stored, Callbacks& callbacks)
+      : schema_(schema), stored_(stored), callbacks_(callbacks) {}
 
   // `note`: a single read of a stored node, which the commit compares.
   bool exists(const NodePath& path, bool note);
@@ -35,6 +36,7 @@ class NodeReader {
   bool has_entries(const NodePath& list);
   void collect(const NodePath& path, std::vector<NodePath>& out);
 
+  const Schema& schema_;
   StoredTree& stored_;
   Callbacks& callbacks_;
 };

@@ -83,17 +83,18 @@ Place place_of(std::string_view text) {
 
 std::vector<std::string> names(const Schema& schema, std::string_view before) {
   std::vector<std::string> found;
-  if (before.empty()) {
+  const NodePath path = before.empty() ? NodePath() : schema.resolve(parse_path(before));
+  if (path.empty()) {
     for (const Node* node : schema.top()) found.push_back(node->prefix + ":" + node->name);
     return found;
   }
-  const NodePath path = schema.resolve(parse_path(before));
   for (const Node* node : path.node().children) found.push_back(node->name);
   return found;
 }
 
 std::vector<std::string> keys(Transaction& t, const Schema& schema, const Place& place) {
   const NodePath list = schema.resolve(parse_path(place.before));
+  if (list.empty() || list.is_entry()) return {};
   const Node& node = list.node();
   if (node.kind != Node::Kind::list && node.kind != Node::Kind::leaf_list) return {};
   std::vector<std::string> found;
@@ -108,6 +109,11 @@ std::vector<std::string> keys(Transaction& t, const Schema& schema, const Place&
     return found.size() < kMostCandidates;
   });
   return found;
+}
+
+std::vector<std::string> values(const Schema& schema, std::string_view before) {
+  const NodePath path = schema.resolve(parse_path(before));
+  return path.empty() ? std::vector<std::string>() : labels_of(path.node());
 }
 
 }  // namespace
@@ -149,7 +155,7 @@ std::vector<std::string> complete(Transaction& t, const Schema& schema, std::str
         found = keys(t, schema, place);
         break;
       case Place::Kind::value:
-        found = labels_of(schema.resolve(parse_path(place.before)).node());
+        found = values(schema, place.before);
         break;
     }
   } catch (const Refusal&) {

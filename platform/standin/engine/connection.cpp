@@ -192,7 +192,8 @@ class Connection {
       return error_frame(ErrorCode::protocol, e.what());
     } catch (const std::exception& e) {
       // The store could not be read, or memory is short: this request fails, the server goes on.
-      return error_frame(ErrorCode::os, e.what());
+      // Not by the code of a system call, which a daemon takes for a broken connection.
+      return error_frame(ErrorCode::failed, e.what());
     }
   }
 
