@@ -21,7 +21,9 @@ int report(const std::string& text, int status) {
 void run(const Options& options) {
   confd_init("standin-agent", stderr, CONFD_SILENT);
   if (options.print) {
-    std::cout << make_plan(options).configuration.masked() << std::flush;
+    const Configuration configuration = make_plan(options).configuration;
+    tell_notes(configuration);
+    std::cout << configuration.masked() << std::flush;
     return;
   }
   ::signal(SIGPIPE, SIG_IGN);

@@ -60,14 +60,15 @@ void render_access_row(const Access& a, Configuration& out) {
 
 void render_family(const Family& f, Configuration& out) {
   const std::string row = row_name("vacmViewTreeFamilyEntry", {f.view, dotted(f.subtree)});
+  const std::int64_t type = f.type.value_or(0);
   if (!fits(f.view)) {
     out.note(row, kTooLong);
-  } else if (f.type != kIncluded && f.type != kExcluded) {
+  } else if (type != kIncluded && type != kExcluded) {
     out.note(row, "left out: it is neither included nor excluded");
   } else if (f.mask.size() > kMaskOctets) {
     out.note(row, "left out: its mask is longer than 16 octets");
   } else {
-    out.add(row, "vacmView " + std::string(kActiveReadOnly) + std::to_string(*f.type) + " " +
+    out.add(row, "vacmView " + std::string(kActiveReadOnly) + std::to_string(type) + " " +
                      hex(f.view) + " " + dotted(f.subtree) + " " + hex(f.mask));
   }
 }

@@ -67,8 +67,9 @@ void must_be_free(const Endpoint& endpoint) {
 }
 
 std::vector<std::string> environment_of(const Directory& directory) {
-  // No MIB modules: only numbers are read here, and reading them takes long.
-  return {"SNMPCONFPATH=" + directory.path(),
+  // It reads its state only where it is in the path. No MIB modules: only numbers are read here,
+  // and reading them takes long.
+  return {"SNMPCONFPATH=" + directory.path() + ":" + directory.state_path(),
           "SNMP_PERSISTENT_DIR=" + directory.state_path(),
           "MIBS=",
           "MIBDIRS=",

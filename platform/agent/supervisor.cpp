@@ -47,9 +47,11 @@ Signals::Signals() : stop(descriptor_of({SIGTERM, SIGINT})), reload(descriptor_o
 
 Plan make_plan(const Options& options) {
   const Rows rows = read_rows(options.port);
-  Plan plan{render(rows, {options.port_offset, random_word()}), rows.settings.enabled};
-  for (const Note& note : plan.configuration.notes) tell(note.row + ": " + note.reason);
-  return plan;
+  return {render(rows, {options.port_offset, random_word()}), rows.settings.enabled};
+}
+
+void tell_notes(const Configuration& configuration) {
+  for (const Note& note : configuration.notes) tell(note.row + ": " + note.reason);
 }
 
 Supervisor::Supervisor(const Options& options)
@@ -74,6 +76,7 @@ bool Supervisor::serve(std::unique_ptr<Configuration> configuration) {
 }
 
 bool Supervisor::replace(std::unique_ptr<Configuration> next) {
+  tell_notes(*next);
   std::unique_ptr<Configuration> before;
   if (configuration_) before = std::make_unique<Configuration>(*configuration_);
   try {

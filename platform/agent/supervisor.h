@@ -22,12 +22,14 @@ struct Signals {
   FileDescriptor stop, reload;
 };
 
-// What the rows give now; tells on standard error what snmpd cannot be told. Throws as read_rows().
+// What the rows give now. Throws as read_rows().
 struct Plan {
   Configuration configuration;
   bool enabled = false;
 };
 Plan make_plan(const Options& options);
+// On standard error, a line for each row.
+void tell_notes(const Configuration& configuration);
 
 class Supervisor {
  public:

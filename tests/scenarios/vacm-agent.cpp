@@ -1,22 +1,16 @@
 // An agent of the distribution, given the rows as they stand in the three tables, shows what RFC
 // 3415 allows.
-#include <arpa/inet.h>
 #include <gmock/gmock.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <map>
 #include <set>
 #include <sstream>
 
+#include "snmpd.h"
 #include "vacm.h"
 
 namespace scenario {
 namespace {
 
-constexpr char kAgentProgram[] = "/usr/sbin/snmpd";
-constexpr char kWalkProgram[] = "/usr/bin/snmpwalk";
 constexpr char kSystem[] = "1.3.6.1.2.1.1";
 
 using Oid = std::vector<std::uint32_t>;
@@ -65,24 +59,12 @@ bool in_view(const std::vector<Family>& families, const std::string& view, const
   return best != nullptr && best->included;
 }
 
-std::uint16_t free_udp_port() {
-  const Descriptor probe(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  auto* any = reinterpret_cast<sockaddr*>(&address);
-  if (::bind(probe.get(), any, size) != 0 || ::getsockname(probe.get(), any, &size) != 0) return 0;
-  return ntohs(address.sin_port);
-}
-
 class VacmAgent : public Vacm {
  protected:
   void SetUp() override {
-    if (::access(kAgentProgram, X_OK) != 0 || ::access(kWalkProgram, X_OK) != 0) {
-      GTEST_SKIP() << "snmp and snmpd are not installed";
-    }
     Vacm::SetUp();
+    snmpd_ = std::make_unique<Snmpd>(file("snmp"), port());
+    answers(snmpd_->settings());
   }
 
   std::string get(const std::string& path) {
@@ -110,65 +92,19 @@ class VacmAgent : public Vacm {
     return all;
   }
 
-  // The three tables in the agent's own words; each security name is its own community.
-  std::string agent_configuration() {
-    const std::map<std::string, std::string> models{
-        {"0", "any"}, {"1", "v1"}, {"2", "v2c"}, {"3", "usm"}};
-    const std::map<std::string, std::string> levels{
-        {"noAuthNoPriv", "noauth"}, {"authNoPriv", "auth"}, {"authPriv", "priv"}};
-    std::string text;
-    std::set<std::string> names;
-    for (const Strings& k : rows(kGroupRows)) {
-      if (names.insert(k[1]).second) text += "com2sec " + k[1] + " default " + k[1] + "\n";
-      text += "group " + get(kGroupRows + "{" + k[0] + " " + k[1] + "}/vacmGroupName") + " " +
-              models.at(k[0]) + " " + k[1] + "\n";
-    }
-    for (const Strings& k : rows(kAccessRows)) {
-      const std::string row =
-          kAccessRows + "{" + k[0] + " " + k[1] + " " + k[2] + " " + k[3] + "}/vacmAccess";
-      const auto view = [&](const std::string& which) {
-        const std::string name = get(row + which + "ViewName");
-        return name.empty() ? "none" : name;
-      };
-      text += "access " + k[0] + " " + k[1] + " " + models.at(k[2]) + " " + levels.at(k[3]) + " " +
-              get(row + "ContextMatch") + " " + view("Read") + " " + view("Write") + " " +
-              view("Notify") + "\n";
-    }
-    for (const Family& f : families()) {
-      text += "view " + f.view + (f.included ? " included ." : " excluded .") + f.oid + " " +
-              f.mask + "\n";
-    }
-    return text;
-  }
-
-  std::unique_ptr<Process> start_snmp(Strings words, const std::string& name) {
-    const std::string directory = file("snmp");
-    std::filesystem::create_directories(directory);
-    words.insert(words.begin(), {"/usr/bin/env", "SNMP_PERSISTENT_DIR=" + directory,
-                                 "SNMPCONFPATH=" + directory, "MIBS=", "LC_ALL=C"});
-    return std::make_unique<Process>(words, file(name + ".err"));
-  }
-  void start_agent() {
-    address_ = "127.0.0.1:" + std::to_string(free_udp_port());
-    const std::string configuration = write_file("snmpd.conf", agent_configuration());
-    agent_ = start_snmp(
-        {kAgentProgram, "-f", "-Lo", "-C", "-c", configuration, "-I",
-         "system_mib,sysORTable,vacm_conf,vacm_vars,snmp_mib,snmpMPDStats,usmStats,usmConf,"
-         "snmpEngine,ip,tcp,udp,interfaces,tcpTable",
-         "udp:" + address_},
-        "snmpd");
-    ASSERT_TRUE(agent_->line_beginning("NET-SNMP version")) << agent_->errors();
+  // Each security name is its own community.
+  static Strings community(const std::string& name) {
+    return {"create " + keyed(kCommunities, name),
+            "set " + keyed(kCommunities, name) + "/sec-name " + name};
   }
 
   // The objects below `system` that a community sees. An agent that does not let one in keeps
   // silent, which takes its `patience` (seconds for each of two requests).
   std::set<Oid> walk(const std::string& community, const std::string& version = "2c",
                      const std::string& patience = "10") {
-    const auto process = start_snmp({kWalkProgram, "-v" + version, "-c", community, "-On", "-Oq",
-                                     "-t", patience, "-r", "1", "udp:" + address_, kSystem},
-                                    "walk-" + community + version);
-    std::string out;
-    EXPECT_TRUE(process->communicate("", out)) << "the walk hangs";
+    const std::string out = snmpd_->ask(
+        {"snmpwalk", "-v" + version, "-c", community, "-On", "-Oq", "-t", patience, "-r", "1"},
+        {kSystem});
     std::set<Oid> seen;
     std::istringstream lines(out);
     for (std::string line; std::getline(lines, line);) {
@@ -179,8 +115,7 @@ class VacmAgent : public Vacm {
     return seen;
   }
 
-  std::unique_ptr<Process> agent_;
-  std::string address_;
+  std::unique_ptr<Snmpd> snmpd_;
 };
 
 TEST_F(VacmAgent, WalksShowExactlyWhatTheViewsAllow) {
@@ -207,12 +142,13 @@ TEST_F(VacmAgent, WalksShowExactlyWhatTheViewsAllow) {
   for (const View& v : views) {
     for (const auto& [text, type] : v.subtrees)
       lines.push_back("create " + subtree(v.name, text) + "/" + type);
+    for (const std::string& line : community(v.name)) lines.push_back(line);
     lines.push_back("create " + models("g-" + v.name, v.name) + "{v2c}");
     lines.push_back("set " + group("g-" + v.name) + "/access{\"\" any no-auth-no-priv}/read-view " +
                     v.name);
   }
   answers(lines);
-  start_agent();
+  snmpd_->start();
   ASSERT_FALSE(HasFatalFailure());
 
   const std::set<Oid> all = walk("everything");
@@ -229,17 +165,18 @@ TEST_F(VacmAgent, WalksShowExactlyWhatTheViewsAllow) {
     EXPECT_EQ(allowed.empty(), v.name == "elsewhere");
     EXPECT_EQ(allowed == all, v.name == "everything" || v.name == "wild-all");
   }
-  EXPECT_TRUE(agent_->alive());
+  EXPECT_TRUE(snmpd_->agent().alive());
 }
 
 TEST_F(VacmAgent, MembersAreLetInByTheirModelsOnly) {
+  for (const char* name : {"alice", "bob", "carol"}) answers(community(name));
   answers({"create " + subtree("all", "1.3") + "/included", "set " + models("one", "alice") + " v1",
            "set " + models("two", "alice") + " v2c", "set " + models("one", "bob") + " v1 v2c",
            "set " + models("two", "carol") + " v2c",
            "set " + group("one") + "/access{\"\" v1 no-auth-no-priv}/read-view all",
            "set " + group("one") + "/access{\"\" v2c no-auth-no-priv}/read-view all",
            "set " + group("two") + "/access{\"\" v2c auth-no-priv}/read-view all"});
-  start_agent();
+  snmpd_->start();
   ASSERT_FALSE(HasFatalFailure());
   EXPECT_FALSE(walk("bob", "2c").empty());
   EXPECT_FALSE(walk("bob", "1").empty());
