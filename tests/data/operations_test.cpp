@@ -88,6 +88,12 @@ TEST_F(Operations, LeafListEntryIsCreatedWithoutAsking) {
             (Calls{"get /snmp:snmp/target{a}/name", "create /snmp:snmp/target{a}/tag{x}"}));
 }
 
+TEST_F(Operations, LeafListIsGivenWholeAsAList) {
+  create("/snmp:snmp/target{a}");
+  data.set(at("/snmp:snmp/target{a}/tag"), Value::text("x"), Data::Ancestors::require);
+  EXPECT_EQ(data.get(at("/snmp:snmp/target{a}/tag")), Value::list({Value::buf("x")}));
+}
+
 TEST_F(Operations, CaseChangesFromTheOutsideIn) {
   const std::string user = "/snmp:snmp/usm/local/user{u}";
   set(user + "/auth/md5/password", "correct horse");

@@ -155,8 +155,10 @@ void NodeWriter::set(const NodePath& path, const Value& v, Data::Ancestors ances
     ensure(path, ancestors);
     return;
   }
-  // The store checks what is its own.
-  const Value checked = node.transform ? schema_.check(node, v) : v;
+  // The store checks what is its own. A callback is given a leaf-list whole, as a list.
+  Value checked = node.transform ? schema_.check(node, v) : v;
+  if (node.transform && !node.is_leaf() && !checked.is(Type::list))
+    checked = Value::list({std::move(checked)});
   callbacks_.require_daemons(path);
   prepare(note(path, ancestors, true));
   do_set(path, checked);
