@@ -366,11 +366,11 @@ void print_usage(std::ostream& out) {
 }
 
 std::string error_line(std::string_view text) {
+  while (text.ends_with('\n')) text.remove_suffix(1);
   std::string line = "error: ";
   for (const char c : text) {
     line += static_cast<unsigned char>(c) < 0x20 || c == 0x7f ? ' ' : c;
   }
-  while (line.ends_with(' ')) line.pop_back();
   return line;
 }
 

@@ -81,7 +81,8 @@ TEST(CliCommands, WrongCommandsOptionsAndCountsAreUsageErrors) {
 
 TEST(ErrorLine, IsOneLine) {
   EXPECT_EQ(error_line("no\nsuch\tnode\x7f!\n"), "error: no such node !");
-  EXPECT_EQ(error_line(""), "error:");
+  EXPECT_EQ(error_line("ends in a blank: "), "error: ends in a blank: ");
+  EXPECT_EQ(error_line(""), "error: ");
 }
 
 TEST(CliAttributes, NamesAndNumbersGoBothWays) {
