@@ -50,7 +50,7 @@ const UsmSide* find_usm_side(u_int32_t tag);
 enum UsmProtocolStatus : int {
   PROTO_NONE = -1,     // usmNoAuthProtocol or usmNoPrivProtocol
   PROTO_UNKNOWN = -2,  // another protocol, or a read that failed
-  PROTO_ABSENT = -3,   // no such row
+  PROTO_ABSENT = -3,   // no such row, or not the column
 };
 inline bool protocol_is_set(int status) { return status >= 0; }
 inline bool protocol_is(int status, u_int32_t case_tag) {

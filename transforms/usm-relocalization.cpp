@@ -13,8 +13,6 @@
 namespace quillet {
 namespace {
 
-constexpr char kModule[] = "snmp-usm-transform";
-
 constexpr char kNoPassword[] = "Problem retrieving encrypted password";
 
 void set_text(confd_trans_ctx* tctx, const char* text) {
@@ -22,7 +20,7 @@ void set_text(confd_trans_ctx* tctx, const char* text) {
 }
 
 void log_side(const UsmKeyOwner& owner, const char* what) {
-  log_error(LOG_LEVEL_ERR, kModule, __LINE__, "user %s, %s: %s",
+  log_error(LOG_LEVEL_ERR, kUsmModule, __LINE__, "user %s, %s: %s",
             usm_name_text(owner.user.name).c_str(), owner.side.name, what);
 }
 
@@ -92,7 +90,11 @@ void _check_relocalize(int thandle, confd_trans_ctx* tctx, const confd_value_t* 
   }
   const char* failure =
       relocalize_password(tctx, owner, password, protocol, local.auth_protocol, new_id);
-  if (failure != nullptr) log_side(owner, failure);
+  if (failure != nullptr) {
+    log_side(owner, failure);
+  } else if (!protocol_is_set(protocol)) {
+    log_side(owner, "no key can be made for the stored protocol, and none is there now");
+  }
 }
 
 // The rows under an engine ID, in table order, read before the first write, which would cost the
@@ -100,9 +102,9 @@ void _check_relocalize(int thandle, confd_trans_ctx* tctx, const confd_value_t* 
 std::vector<LocalUser> users_under(int sock, int thandle, const confd_value_t* engine_id) {
   std::vector<LocalUser> users;
   MaapiCursor rows;
-  snmp_assert_ok(rows.init(sock, thandle, USM_TABLE), kModule, __LINE__);
+  snmp_assert_ok(rows.init(sock, thandle, USM_TABLE), kUsmModule, __LINE__);
   for (;;) {
-    snmp_assert_ok(rows.next(), kModule, __LINE__);
+    snmp_assert_ok(rows.next(), kUsmModule, __LINE__);
     if (rows.at_end()) return users;
     if (confd_val_eq(rows.key(0), engine_id) == 0) continue;
     const auto protocol = [&](u_int32_t side) {
@@ -118,9 +120,9 @@ std::vector<LocalUser> users_under(int sock, int thandle, const confd_value_t* e
 int usm_engine_id_conflict(int thandle, const confd_value_t* old_id, const confd_value_t* new_id) {
   if (confd_val_eq(old_id, new_id) != 0) return 0;
   MaapiCursor rows;
-  snmp_assert_ok(rows.init(maapi_sock, thandle, USM_TABLE), kModule, __LINE__);
+  snmp_assert_ok(rows.init(maapi_sock, thandle, USM_TABLE), kUsmModule, __LINE__);
   for (;;) {
-    snmp_assert_ok(rows.next(), kModule, __LINE__);
+    snmp_assert_ok(rows.next(), kUsmModule, __LINE__);
     if (rows.at_end()) return 0;
     // A user under the new ID meets the table's own row, so that this needs no further look-up.
     if (confd_val_eq(rows.key(0), new_id) != 0) return CONFD_ERR;
@@ -140,7 +142,7 @@ int usm_relocalize_users(int sock, int thandle, confd_trans_ctx* tctx, const con
     confd_value_t to[] = {*new_id, *name};
     const int result = maapi_move(sock, thandle, to, 2, USM_ROW, old_id, name);
     if (result != CONFD_OK) {
-      log_error(LOG_LEVEL_ERR, kModule, __LINE__, "user %s cannot be moved to the new engine-id",
+      log_error(LOG_LEVEL_ERR, kUsmModule, __LINE__, "user %s cannot be moved to the new engine-id",
                 usm_name_text(name).c_str());
       set_text(tctx, "failed to duplicate user on relocalization");
       return result;

@@ -56,7 +56,6 @@ class ViewRow {
 
   bool valid() const { return valid_; }
   int refuse(confd_trans_ctx* tctx) const { return invalid_subtree_err(tctx, text_); }
-  const confd_value_t* text() const { return text_; }
   confd_value_t* mask() { return mask_.get(); }
 
   int create(confd_trans_ctx* tctx) {

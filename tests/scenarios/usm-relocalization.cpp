@@ -97,13 +97,21 @@ TEST_F(UsmRelocalization, BrokenSideIsNamedAndTheRestGoesOn) {
   // A password of which no key can be made.
   std::string wide;
   for (int i = 0; i < 100; ++i) wide += "\xf0\x9f\x94\x91";
-  answers({"set " + row(kOwnId, "u1") + "/usm-crypto/auth/password " + wide});
+  answers({"set " + row(kOwnId, "u1") + "/usm-crypto/auth/password " + wide,
+           // A protocol of which the daemon knows no key, and a row that says it has one.
+           "create " + row(kOwnId, "u3"),
+           "set " + row(kOwnId, "u3") + "/usmUserAuthProtocol 1.3.6.1.6.3.10.1.1.4",
+           "set " + row(kOwnId, "u3") + "/usmUserAuthKey " + kKey16,
+           "set " + row(kOwnId, "u3") + "/usm-crypto/auth/key " + kKey16,
+           "set " + row(kOwnId, "u3") + "/usm-crypto/auth/password maplesyrup"});
   const std::string old_key = column(kOwnId, "u1", "usmUserAuthKey");
   answers({kText + "xyz"});
   EXPECT_EQ(column(kNewId, "u1", "usmUserAuthKey"), old_key);
   EXPECT_EQ(column(kNewId, "u1", "usmUserPrivKey"), localized("md5", "maplesyrup", kNewId) + "\n");
   EXPECT_EQ(column(kNewId, "u2", "usmUserAuthKey"), localized("md5", "maplesyrup", kNewId) + "\n");
+  EXPECT_EQ(column(kNewId, "u3", "usmUserAuthKey"), "\n");
   EXPECT_THAT(daemon_->errors(), HasSubstr("user u1, auth: password longer than 255 octets"));
+  EXPECT_THAT(daemon_->errors(), HasSubstr("user u3, auth: no key can be made"));
 }
 
 TEST_F(UsmRelocalization, HundredUsersMoveInOneTransaction) {
