@@ -18,6 +18,7 @@ free_port() {
 offered() {
   PATH=$2:$PATH bash --norc -c '
     compopt() { :; }
+    timeout() { shift && "$@"; }  # a busy machine is no fault
     for file in "$1"/*; do . "$file"; done
     COMP_LINE=$2 COMP_POINT=${#2} COMPREPLY=()
     read -ra COMP_WORDS <<<"$2"
