@@ -1,5 +1,6 @@
 // standin-agent: a stock snmpd at the end of the chain, configured from the server's MIB tables.
 #include <confd_lib.h>
+#include <sys/resource.h>
 
 #include <csignal>
 #include <iostream>
@@ -27,6 +28,9 @@ void run(const Options& options) {
     return;
   }
   ::signal(SIGPIPE, SIG_IGN);
+  // Neither this process nor snmpd leaves users' keys in a core file.
+  const rlimit none{};
+  ::setrlimit(RLIMIT_CORE, &none);
   Supervisor(options).run();
 }
 

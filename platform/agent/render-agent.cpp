@@ -17,6 +17,10 @@ void add_endpoint(const std::string& row, const Endpoint& configured, const Rend
                   Configuration& out) {
   Endpoint endpoint = on_loopback(configured);
   endpoint.port += options.port_offset;
+  if (configured.port == 0) {
+    out.note(row, "not served: it has no port");
+    return;
+  }
   if (endpoint.port > std::numeric_limits<std::uint16_t>::max()) {
     out.note(row, "not served: the port and the offset together are past 65535");
     return;
@@ -43,7 +47,7 @@ void render_listen(const Settings& s, const RenderOptions& options, Configuratio
   }
   std::string all;
   for (const Endpoint& endpoint : out.endpoints) all += (all.empty() ? "" : ",") + endpoint.spec();
-  out.add("snmpAgent", "agentaddress " + all);
+  if (!all.empty()) out.add("snmpAgent", "agentaddress " + all);
 }
 
 void render_engine(const Settings& s, Configuration& out) {

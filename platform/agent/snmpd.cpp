@@ -25,7 +25,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 // While it starts it asks each target of v3 informs for its engine ID, and waits for the answer.
 constexpr std::chrono::seconds kPatience{60}, kSlow{3};
-constexpr std::chrono::seconds kLastPatience{5};  // at its end
+constexpr std::chrono::seconds kLastPatience{2};  // at its end
 constexpr const char* kServing = "NET-SNMP version";
 
 int milliseconds_until(Clock::time_point deadline) {
@@ -132,6 +132,12 @@ std::string find_snmpd(const std::string& wanted) {
 Snmpd::Snmpd(const std::string& program, const Directory& directory,
              const Configuration& configuration)
     : directory_(directory), configuration_(configuration) {
+  // By itself it would listen on all addresses of the machine.
+  if (configuration.endpoints.empty()) {
+    throw CannotServe(
+        "there is no address to serve on: set /snmp:snmp/agent/ip and port, or "
+        "choose another --port-offset");
+  }
   for (const Endpoint& endpoint : configuration.endpoints) must_be_free(endpoint);
   directory.write_configuration(configuration.text());
   directory.reset_state();
@@ -221,8 +227,9 @@ bool Snmpd::wait_until_serving(int stop) {
       throw CannotServe("snmpd does not serve: see " + directory_.log_file());
     }
     if (count == 0) {
-      std::cerr << "standin-agent: snmpd is starting still: it waits for targets of v3 informs"
-                << std::endl;
+      std::cerr
+          << "standin-agent: snmpd is still starting: it waits for targets of v3 informs to answer"
+          << std::endl;
       told = true;
     }
     if (count > 0 && ready[1].revents != 0) return false;

@@ -89,6 +89,10 @@ TEST_F(SnmpdRefusals, EachIsOneLineWithTheWayOn) {
   EXPECT_EQ(early, 2);
   EXPECT_EQ(early_text, "standin-agent: snmpd does not start: no luck");
 
+  const auto [nowhere, nowhere_text] = refused({"--port-offset", "65535"});
+  EXPECT_EQ(nowhere, 2);
+  EXPECT_THAT(nowhere_text, StartsWith("standin-agent: there is no address to serve on"));
+
   answers({"set /snmp:snmp/agent/enabled false"});
   const auto [disabled, disabled_text] = refused({});
   EXPECT_EQ(disabled, 2);
