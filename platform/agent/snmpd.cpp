@@ -165,6 +165,17 @@ void Snmpd::start(const std::string& program) {
   if (pid_ == 0) become(argv.data(), environment.data(), theirs.get(), parent);
 }
 
+std::string Snmpd::epitaph() {
+  int status = 0;
+  while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+  }
+  pid_ = -1;
+  const std::string how = WIFSIGNALED(status)
+                              ? "killed by signal " + std::to_string(WTERMSIG(status))
+                              : "status " + std::to_string(WEXITSTATUS(status));
+  return how + ", last words: " + (last_words_.empty() ? "none" : last_words_);
+}
+
 Snmpd::~Snmpd() {
   if (pid_ <= 0) return;
   ::kill(pid_, SIGTERM);
@@ -234,8 +245,7 @@ bool Snmpd::wait_until_serving(int stop) {
     }
     if (count > 0 && ready[1].revents != 0) return false;
     if (count > 0 && ready[0].revents != 0 && !take_output()) {
-      throw CannotServe("snmpd does not start: " +
-                        (last_words_.empty() ? "it says nothing" : last_words_));
+      throw CannotServe("snmpd does not start: " + epitaph());
     }
   }
   if (!complaints_.empty()) refused();

@@ -31,8 +31,8 @@ class Snmpd {
   int output() const { return output_.get(); }
   // Copies what it has written to its log; false at the end, when it has ended.
   bool take_output();
-  // Its last line that says why; for after its end.
-  const std::string& last_words() const { return last_words_; }
+  // After its end: how it ended, and its last line.
+  std::string epitaph();
 
  private:
   void start(const std::string& program);

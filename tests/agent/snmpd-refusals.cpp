@@ -87,7 +87,7 @@ TEST_F(SnmpdRefusals, EachIsOneLineWithTheWayOn) {
 
   const auto [early, early_text] = refused({"--snmpd", snmpd_after("echo no luck >&2; exit 1")});
   EXPECT_EQ(early, 2);
-  EXPECT_EQ(early_text, "standin-agent: snmpd does not start: no luck");
+  EXPECT_EQ(early_text, "standin-agent: snmpd does not start: status 1, last words: no luck");
 
   const auto [nowhere, nowhere_text] = refused({"--port-offset", "65535"});
   EXPECT_EQ(nowhere, 2);
@@ -142,7 +142,9 @@ TEST_F(SnmpdRefusals, TheDeathOfSnmpdIsReportedWithItsLastWords) {
   ASSERT_GT(pid, 1);
   ::kill(pid, SIGKILL);
   EXPECT_EQ(snmpd_->agent().wait(), 4);
-  EXPECT_THAT(snmpd_->agent().errors(), HasSubstr("standin-agent: snmpd has ended: NET-SNMP"));
+  EXPECT_THAT(
+      snmpd_->agent().errors(),
+      HasSubstr("standin-agent: snmpd has ended: killed by signal 9, last words: NET-SNMP"));
 }
 
 }  // namespace
