@@ -24,11 +24,10 @@ void log_side(const UsmKeyOwner& owner, const char* what) {
             usm_name_text(owner.user.name).c_str(), owner.side.name, what);
 }
 
-int set_level(confd_hkeypath_t& kp, const confd_value_t& v) {
+void set_level(confd_hkeypath_t& kp, const confd_value_t& v) {
   confd_value_t* level = kp.v[kp.len++];
   confd_value_dup_to(&v, &level[0]);
   CONFD_SET_NOEXISTS(&level[1]);
-  return kp.len;
 }
 
 // The northbound path of a row's side, as if its engine were a remote one: the helpers of the

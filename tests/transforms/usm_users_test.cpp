@@ -104,7 +104,7 @@ TEST(UsmCryptoPath, SideAndKindComeFromTheArgumentsOrTheKeypath) {
       {{auth}, priv, password, "/priv/password"},
       {{}, priv, key, "/priv/key"},
   };
-  for (std::vector<u_int32_t> path : {local_user, remote_user}) {
+  for (const std::vector<u_int32_t>& path : {local_user, remote_user}) {
     for (const Asked& c : cases) {
       std::vector<u_int32_t> whole = path;
       whole.insert(whole.end(), c.below.begin(), c.below.end());
