@@ -4,7 +4,6 @@
 
 #include <array>
 #include <optional>
-#include <string_view>
 
 #include "core/daemon-sockets.h"
 #include "model/snmp-tags.h"

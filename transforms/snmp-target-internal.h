@@ -52,12 +52,12 @@ inline const confd_value_t* target_key(const confd_hkeypath_t* kp) {
   return kp_value(kp, kp->len - 3);
 }
 
-// Leaves without a MIB counterpart, and those of the containers tls and dtls.
 inline bool in_ignored_container(const confd_hkeypath_t* kp) {
   if (!kp_is_tag(kp, 1)) return false;
   const u_int32_t container = CONFD_GET_XMLTAG(kp_value(kp, 1));
   return container == tags::snmp::tls || container == tags::snmp::dtls;
 }
+// Nodes without a MIB counterpart: of them nothing is kept.
 inline bool is_ignored(const confd_hkeypath_t* kp, u_int32_t tag) {
   return in_ignored_container(kp) || tag == tags::snmp::prefix_length || tag == tags::snmp::tls ||
          tag == tags::snmp::dtls;

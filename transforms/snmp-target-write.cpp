@@ -1,7 +1,7 @@
 // Write callbacks of the target transform.
 #include <confd_maapi.h>
 
-#include <string>
+#include <vector>
 
 #include "core/daemon-sockets.h"
 #include "transforms/snmp-target-internal.h"
