@@ -56,8 +56,10 @@ int fetch(const Cursor& c, std::uint64_t most, bool leaves, Rows& got,
   call.elements().put(most).put(leaves);
   if (call.run() != CONFD_OK) return CONFD_ERR;
   got.end = call.answer().boolean();
-  for (std::size_t left = call.answer().array(); left > 0; --left)
+  for (std::size_t left = call.answer().array(); left > 0; --left) {
     got.rows.push_back(read_row(call.answer()));
+    got.rows.back().with_leaves = leaves;
+  }
   if (got.rows.empty() && !got.end) throw WireError("neither rows nor the end of the list");
   generation = call.generation();
   return CONFD_OK;

@@ -49,9 +49,9 @@ const AheadRow* AheadRun::row(const Level& keys) {
   ++leaf_reads_;
   wants_leaves_ = true;
   const std::size_t place = found->second;
-  // A row that was read with its leaves has its keys among them. The rows after one without are
-  // likely to be asked for their leaves next: they are read anew, rather than leaf by leaf.
-  if (rows_[place].leaves.empty()) forget_after(place);
+  // The rows after one that was asked for by its key alone are likely to be asked for their leaves
+  // next: they are read anew, rather than leaf by leaf.
+  if (!rows_[place].with_leaves) forget_after(place);
   return &rows_[place];
 }
 

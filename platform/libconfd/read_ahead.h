@@ -14,9 +14,10 @@ namespace standin {
 
 struct AheadRow {
   Level keys;
-  // The leaves directly in the entry that exist. Empty when they were not read: a row that was
-  // read with its leaves has its keys among them.
+  // The leaves directly in the entry that exist. Empty when they were not asked for, and for lists
+  // that daemons are behind, whose leaves are never read ahead.
   std::vector<std::pair<Tag, Value>> leaves;
+  bool with_leaves = false;  // as it was asked for
 };
 
 // A run of rows of one list without a gap, in one generation of its transaction.

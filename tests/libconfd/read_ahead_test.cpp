@@ -14,6 +14,7 @@ struct Table {
   std::map<std::string, std::string> rows;  // an empty value: no leaf
   std::uint64_t changes = 0;
   std::vector<Op> requests;
+  bool behind_daemon = false;  // whose leaves come one by one
 
   std::string answer(Op op, FrameReader& r) {
     const std::scoped_lock guard(lock);
@@ -42,7 +43,7 @@ struct Table {
     auto from = rows.begin();
     if (!r.skip_nil()) from = rows.upper_bound(r.level()[0].bytes());
     const std::uint64_t most = r.number();
-    const bool leaves = r.boolean();
+    const bool leaves = r.boolean() && !behind_daemon;
     std::vector<decltype(from)> sent;
     for (; from != rows.end() && sent.size() < most; ++from) sent.push_back(from);
     FrameWriter w = ok_answer(changes);
@@ -147,6 +148,16 @@ TEST_F(ReadAheadTest, ColumnAfterAWalkOfKeysCostsOneLook) {
   });
   EXPECT_LE(table_->requests.size(), 20u);
   EXPECT_EQ(table_->count(Op::get_elem), 1u);
+}
+
+TEST_F(ReadAheadTest, ListBehindADaemonIsWalkedOnceThoughItsLeavesAreRead) {
+  fill(30);
+  table_->behind_daemon = true;
+  inside([&] {
+    Cursor c(maapi_);
+    for (std::string key = c.next(); !key.empty(); key = c.next()) EXPECT_EQ(leaf(key), "v" + key);
+  });
+  EXPECT_LE(table_->count(Op::next_rows), 3u);
 }
 
 TEST_F(ReadAheadTest, UnchangedTransactionServesTheNextWalkToo) {
