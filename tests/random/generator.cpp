@@ -1,109 +1,129 @@
 #include "generator.h"
 
 namespace random_operations {
-namespace vocabulary {
+namespace {
 
-std::string name(Situation& s) {
-  static const std::vector<std::string> kNames{"a",
-                                               "b",
-                                               "c",
-                                               "ab",
-                                               "a b",
-                                               "q\"x\\",
-                                               "100%s",
-                                               "{z}",
-                                               "\u00e9\u00fc",
-                                               "n;1",
-                                               "a-name-of-thirty-two-octets-1234"};
-  return s.random.one_of(kNames);
+constexpr unsigned kNewRow = 30, kNewRowRarely = 5;  // percent
+
+// Up to the next of them, which is passed over.
+std::string up_to(const std::string& text, std::size_t& at, char end) {
+  const std::size_t from = at;
+  at = text.find(end, from);
+  return text.substr(from, at++ - from);
 }
 
-std::string text(Situation& s) {
-  static const std::vector<std::string> kTexts{"a",    "b",  "plain",  "with blank",         "",
-                                               "%n%s", "\"", "\u20ac", std::string(255, 'x')};
-  return s.random.one_of(kTexts);
+std::vector<std::string> split(const std::string& text, char separator) {
+  std::vector<std::string> parts;
+  for (std::size_t at = 0; at <= text.size();) {
+    const std::size_t end = std::min(text.find(separator, at), text.size());
+    parts.push_back(text.substr(at, end - at));
+    at = end + 1;
+  }
+  return parts;
 }
 
-std::string ip(Situation& s) {
-  static const std::vector<std::string> kAddresses{"10.0.0.1", "192.0.2.1", "::1", "2001:db8::1",
-                                                   "2001:DB8:0::2"};
-  return s.random.one_of(kAddresses);
+std::string octets(std::size_t n, char digit) {
+  std::string text(3 * n - 1, ':');
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (i % 3 != 2) text[i] = digit;
+  }
+  return text;
 }
 
-std::string engine(Situation& s) {
-  static const std::vector<std::string> kEngines{"80:00:7e:d9:04:61:62",
-                                                 "80:00:7e:d9:01:0a:00:00:01", "80:00:00:09:05:01",
-                                                 kDefaultEngineId, "80:00:7e:d9:05:01:02:03"};
-  const auto local = s.t.engine_id();
-  return local && s.random.percent(10) ? *local : s.random.one_of(kEngines);
-}
-
-std::string tag(Situation& s) {
-  static const std::vector<std::string> kTags{"a", "ab", "b", "x", "%d", "\u00e9"};
-  return s.random.one_of(kTags);
-}
-
-std::string number(Situation& s, const std::vector<const char*>& all) {
-  return s.random.one_of(all);
-}
-
-Key row(Situation& s, const std::string& list, const Key& otherwise, unsigned share) {
-  const auto table = s.t.tables.find(list);
-  if (table == s.t.tables.end() || table->second.empty() || s.random.percent(share))
-    return otherwise;
-  auto at = table->second.begin();
-  std::advance(at, s.random.below(table->second.size()));
-  return at->first;
-}
-
-std::string set(const std::string& path, const std::string& value) {
-  return set_all(path, {value});
-}
-
-std::string set_all(const std::string& path, const std::vector<std::string>& values) {
-  return "set " + path + (values.empty() ? "" : " ") + words(values);
-}
-
-}  // namespace vocabulary
+}  // namespace
 
 Generator::Generator(std::uint64_t seed) : random_(seed) {
-  for (const auto& area : {community_makers(), target_makers(), agent_makers(), usm_makers(),
-                           vacm_makers(), transaction_makers()}) {
-    makers_.insert(makers_.end(), area.begin(), area.end());
-  }
-  for (const Maker& maker : makers_) total_ += maker.weight;
+  for (const Kind& kind : kinds()) total_ += kind.weight;
 }
 
 Generator::Choice Generator::next(const Tables& t) {
-  for (;;) {
-    std::size_t at = random_.below(total_);
-    const Maker* maker = makers_.data();
-    while (at >= maker->weight) {
-      at -= maker->weight;
-      ++maker;
-    }
-    Situation situation{random_, t};
-    std::string line = maker->make(situation);
-    if (!line.empty()) return {maker, std::move(line)};
+  tables_ = &t;
+  std::size_t at = random_.below(total_);
+  const Kind* kind = kinds().data();
+  while (at >= kind->weight) {
+    at -= kind->weight;
+    ++kind;
   }
+  return {kind, expand(random_.one_of(kind->lines))};
 }
 
-std::vector<Maker> transaction_makers() {
-  return {
-      {"commit", 90, true, [](Situation&) -> std::string { return "commit"; }},
-      {"abort", 18, true, [](Situation&) -> std::string { return "abort"; }},
-      {"validate", 12, true, [](Situation&) -> std::string { return "validate"; }},
-      {"show in the transaction", 12, true, [](Situation&) -> std::string { return "show /"; }},
-      {"client lost", 4, true, [](Situation&) -> std::string { return "# fault: client-lost"; }},
-      {"server killed", 3, true,
-       [](Situation&) -> std::string { return "# fault: server-killed"; }},
-      {"daemon killed", 3, true,
-       [](Situation&) -> std::string { return "# fault: daemon-killed"; }},
-      {"server killed in a commit", 3, true,
-       [](Situation& s) {
-         return "# fault: server-killed-in-commit " + std::to_string(s.random.below(3000));
-       }},
-  };
+std::string Generator::expand(const std::string& text) {
+  std::string out;
+  for (std::size_t at = 0; at < text.size();) {
+    const char c = text[at++];
+    if (c == '$') {
+      const std::size_t end = std::min(
+          text.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789-", at), text.size());
+      out += symbol(text.substr(at, end - at));
+      at = end;
+    } else if (c == '<') {
+      out += expand(random_.one_of(split(up_to(text, at, '>'), '|')));
+    } else if (c == '@') {
+      const bool rarely = text[at] == '@';
+      if (rarely) ++at;
+      const std::string list = up_to(text, at, ':');
+      out += row(list, up_to(text, at, ';'), rarely ? kNewRowRarely : kNewRow);
+    } else {
+      out += c;
+    }
+  }
+  return out;
+}
+
+std::string Generator::symbol(const std::string& name) {
+  if (const auto rule = symbols().find(name); rule != symbols().end()) {
+    return expand(random_.one_of(rule->second));
+  }
+  if (name == "user") return user();
+  if (name == "access") return access();
+  if (name == "subtree") return subtree();
+  if (name == "local-engine") return tables_->engine_id().value_or(kDefaultEngineId);
+  if (name == "known-view") {
+    const Key* const key = some("vacmViewTreeFamilyEntry");
+    return key == nullptr ? symbol("name") : words({key->front()});
+  }
+  if (name.starts_with("octets"))
+    return octets(std::stoul(name.substr(6)), "07a"[random_.below(3)]);
+  return std::string(std::stoul(name.substr(1)), 'x');
+}
+
+const Key* Generator::some(const std::string& list) {
+  const auto table = tables_->tables.find(list);
+  if (table == tables_->tables.end() || table->second.empty()) return nullptr;
+  auto at = table->second.begin();
+  std::advance(at, random_.below(table->second.size()));
+  return &at->first;
+}
+
+std::string Generator::row(const std::string& list, const std::string& otherwise, unsigned share) {
+  const Key* const key = random_.percent(share) ? nullptr : some(list);
+  return key == nullptr ? expand(otherwise) : words(*key);
+}
+
+std::string Generator::user() {
+  const std::string own = tables_->engine_id().value_or("");
+  const Key* const present = random_.percent(kNewRow) ? nullptr : some("usmUserEntry");
+  const std::string engine = present != nullptr    ? present->front()
+                             : random_.percent(60) ? own
+                                                   : symbol("engine");
+  const std::string name = present != nullptr ? words({present->back()}) : symbol("name");
+  const std::string list = engine == own ? "local" : "remote" + braces({engine});
+  return "/snmp:snmp/usm/" + list + "/user{" + name + "}";
+}
+
+std::string Generator::access() {
+  const std::vector<std::string> models = {"any", "v1", "v2c", "usm"};
+  const Key* const key = random_.percent(kNewRow) ? nullptr : some("vacmAccessEntry");
+  if (key == nullptr || key->at(2).size() > 1) return expand("$new-access");
+  return "/snmp:snmp/vacm/group" + braces({key->at(0)}) + "/access" +
+         braces({key->at(1), models.at(std::stoul(key->at(2))), shown_level(key->at(3))});
+}
+
+std::string Generator::subtree() {
+  const Key* const key = random_.percent(kNewRow) ? nullptr : some("vacmViewTreeFamilyEntry");
+  if (key == nullptr) return expand("$new-subtree");
+  return "/snmp:snmp/vacm/view" + braces({key->front()}) + "/subtree" +
+         braces({shown_oid(key->back())});
 }
 
 }  // namespace random_operations

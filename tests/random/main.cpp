@@ -75,16 +75,15 @@ int tell(const Failure& failure, const std::vector<std::string>& lines, unsigned
   return 1;
 }
 
-int print(const Coverage& coverage, const Generator& generator, bool cover) {
+int print(const Coverage& coverage, bool cover) {
   int status = 0;
   std::cout << std::setw(9) << "accepted" << std::setw(9) << "refused" << '\n';
-  for (const Maker& maker : generator.makers()) {
-    const auto at = coverage.find(maker.kind);
+  for (const Kind& kind : kinds()) {
+    const auto at = coverage.find(kind.name);
     const Seen seen = at == coverage.end() ? Seen{} : at->second;
-    std::cout << std::setw(9) << seen.accepted << std::setw(9) << seen.refused << "  "
-              << maker.kind;
-    if ((maker.sensible ? seen.accepted : seen.refused) == 0) {
-      std::cout << "   <- never " << (maker.sensible ? "accepted" : "refused");
+    std::cout << std::setw(9) << seen.accepted << std::setw(9) << seen.refused << "  " << kind.name;
+    if ((kind.sensible ? seen.accepted : seen.refused) == 0) {
+      std::cout << "   <- never " << (kind.sensible ? "accepted" : "refused");
       if (cover) status = 1;
     }
     std::cout << '\n';
@@ -102,7 +101,7 @@ int random_run(const Options& options) {
     for (unsigned long i = 0; i < options.steps; ++i) {
       const Generator::Choice next = generator.next(run.model().tables());
       lines.push_back(next.line);
-      Seen& seen = coverage[next.maker->kind];
+      Seen& seen = coverage[next.kind->name];
       ++(run.step(parse(next.line)) ? seen.accepted : seen.refused);
     }
   } catch (const Disagreement& disagreement) {
@@ -110,7 +109,7 @@ int random_run(const Options& options) {
     return tell({lines.size() - 1, disagreement.text}, lines, options.shrink_seconds);
   }
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
-  const int status = print(coverage, generator, options.cover);
+  const int status = print(coverage, options.cover);
   std::cout << "seed " << options.seed << ": " << options.steps << " operations in "
             << std::setprecision(3) << took.count() << " s, both sides agree\n";
   return status;

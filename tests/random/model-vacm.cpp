@@ -232,14 +232,6 @@ Subtree subtree(const std::string& text) {
   return result;
 }
 
-std::string shown_oid(const std::string& oid) {
-  std::string text;
-  for (const std::string& part : components(oid)) {
-    text += (text.empty() ? "" : ".") + (part == "0" ? "*" : part);
-  }
-  return text;
-}
-
 void write_subtree(Transaction& tx, const Operation& op) {
   const std::string& name = op.path[2].keys[0];
   const std::string& text = op.path[3].keys.at(0);

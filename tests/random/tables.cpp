@@ -247,6 +247,17 @@ std::string shown_level(const std::string& stored) {
   return stored;
 }
 
+std::string shown_oid(const std::string& stored) {
+  std::string text;
+  for (std::size_t at = 0; at < stored.size();) {
+    const std::size_t end = std::min(stored.find('.', at), stored.size());
+    const std::string part = stored.substr(at, end - at);
+    text += (at == 0 ? "" : ".") + (part == "0" ? "*" : part);
+    at = end + 1;
+  }
+  return text;
+}
+
 std::size_t octet_count(const std::string& hex) { return (hex.size() + 1) / 3; }
 
 std::string canonical_ip(const std::string& v) {

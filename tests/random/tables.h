@@ -76,7 +76,8 @@ bool one_of(const std::string& v, std::initializer_list<std::string_view> labels
 bool is_level(const std::string& shown);
 std::string stored_level(const std::string& shown);
 std::string shown_level(const std::string& stored);
-std::size_t octet_count(const std::string& hex);  // of "80:00:7e"
+std::string shown_oid(const std::string& stored);  // 0 as "*"
+std::size_t octet_count(const std::string& hex);   // of "80:00:7e"
 std::string canonical_ip(const std::string& v);
 
 }  // namespace random_operations
