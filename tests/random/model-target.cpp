@@ -364,6 +364,19 @@ bool target_holds(const Tables& t, const Key& key) {
   return row == table->second.end() || selected(t, row->second, odd).has_value();
 }
 
+namespace {
+
+// One leaf, "usm/user-name"; whether it is there.
+bool show_leaf(View& view, const Tables& t, const Key& key, const Row& row,
+               const std::string& below) {
+  const std::string path = "/snmp/target" + braces(key) + "/" + below;
+  const auto value = read(t, row, parse("get " + path));
+  view.optional(path, value);
+  return value.has_value();
+}
+
+}  // namespace
+
 void show_target(View& view, const Tables& t) {
   const auto table = t.tables.find(kTargets);
   if (table == t.tables.end()) return;
@@ -371,29 +384,18 @@ void show_target(View& view, const Tables& t) {
   for (const auto& [key, row] : table->second) {
     all.push_back(key);
     const std::string path = "/snmp/target" + braces(key);
-    const auto show = [&](const std::string& below) {
-      Operation op;
-      op.path = {{"snmp", {}}, {"target", key}};
-      std::istringstream steps(below);
-      for (std::string step; std::getline(steps, step, '/');) op.path.push_back({step, {}});
-      const auto value = read(t, row, op);
-      view.optional(path + "/" + below, value);
-      return value.has_value();
-    };
-    for (const char* leaf : {"name", "ip", "port", "timeout", "retries", "engine-id"}) show(leaf);
+    for (const char* leaf : {"name", "ip", "port", "timeout", "retries", "engine-id"}) {
+      show_leaf(view, t, key, row, leaf);
+    }
     if (const auto words = tags(row); !words.empty()) view.leaf_list(path + "/tag", words);
     std::string odd;
     const auto now = selected(t, row, odd);
     if (!odd.empty()) view.error(path + "/v1", "Inconsistent parameters setting: " + odd);
     if (!now) continue;
-    bool content = false;
-    if (*now == "usm") {
-      content = show("usm/user-name");
-      content = show("usm/sec-level") || content;
-    } else {
-      content = show(*now + "/sec-name");
-    }
-    if (!content) view.empty(path + "/" + *now);
+    const bool name =
+        show_leaf(view, t, key, row, *now + (*now == "usm" ? "/user-name" : "/sec-name"));
+    const bool level = *now == "usm" && show_leaf(view, t, key, row, "usm/sec-level");
+    if (!name && !level) view.empty(path + "/" + *now);
   }
   view.list("/snmp/target", all);
 }

@@ -33,10 +33,16 @@ const Table& rows_of(const Tables& t, const std::string& list) {
 
 // ------------------------------------------------------------------------- members
 
+// Empty for a row that names none.
+std::string group_of(const Row& row) {
+  const auto at = row.find("vacmGroupName");
+  return at == row.end() ? "" : at->second;
+}
+
 bool has_group(const Tables& t, const std::string& group, const std::string& member = {}) {
   const Table& rows = rows_of(t, kMembers);
   return std::any_of(rows.begin(), rows.end(), [&](const auto& row) {
-    return row.second.at("vacmGroupName") == group && (member.empty() || row.first[1] == member);
+    return group_of(row.second) == group && (member.empty() || row.first[1] == member);
   });
 }
 
@@ -57,7 +63,7 @@ void replace_models(Transaction& tx, const std::string& group, const std::string
   for (auto at = rows.begin(); at != rows.end();) {
     const std::string& model = at->first[0];
     const bool leaves = at->first[1] == member && models.count(model) == 0;
-    const bool own = at->second["vacmGroupName"] == group;
+    const bool own = group_of(at->second) == group;
     if (leaves && !own) tx.conflicts.erase({model, member, group});
     at = leaves && own ? rows.erase(at) : std::next(at);
   }
@@ -67,7 +73,7 @@ void replace_models(Transaction& tx, const std::string& group, const std::string
 // All members, or one. A row that was taken back meanwhile settles the conflict and stays.
 void remove_members(Transaction& tx, const std::string& group, const std::string& member = {}) {
   std::erase_if(tx.t.rows(kMembers), [&](const auto& row) {
-    if (row.second.at("vacmGroupName") != group) return false;
+    if (group_of(row.second) != group) return false;
     if (!member.empty() && row.first[1] != member) return false;
     return tx.conflicts.erase({row.first[0], row.first[1], group}) == 0;
   });
@@ -160,7 +166,8 @@ void remove_group(Transaction& tx, const std::string& group) {
 
 std::set<std::string> groups(const Tables& t) {
   std::set<std::string> names;
-  for (const auto& [key, row] : rows_of(t, kMembers)) names.insert(row.at("vacmGroupName"));
+  for (const auto& [key, row] : rows_of(t, kMembers)) names.insert(group_of(row));
+  names.erase("");
   return names;
 }
 
@@ -185,7 +192,7 @@ void show_members(View& view, const Tables& t, const std::string& group) {
   const std::string path = "/snmp/vacm/group" + braces({group}) + "/member";
   std::map<std::string, std::vector<std::string>> models;  // by member
   for (const auto& [key, row] : rows_of(t, kMembers)) {
-    if (row.at("vacmGroupName") == group) models[key[1]].push_back(shown_model(key[0]));
+    if (group_of(row) == group) models[key[1]].push_back(shown_model(key[0]));
   }
   std::vector<Key> all;
   for (const auto& [member, of] : models) {

@@ -92,7 +92,12 @@ std::vector<std::string> System::show_committed() {
 }
 
 std::string System::complaints() {
-  return "server: " + server_->errors() + "\ndaemon: " + daemon_->errors();
+  // The daemon writes a line for each refusal: the last tell most.
+  const std::size_t much = 1000;
+  const auto end_of = [much](const std::string& text) {
+    return text.substr(text.size() - std::min(text.size(), much));
+  };
+  return "server: ..." + end_of(server_->errors()) + "\ndaemon: ..." + end_of(daemon_->errors());
 }
 
 void System::befall(const Operation& op) {
