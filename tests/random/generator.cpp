@@ -88,10 +88,10 @@ std::string Generator::symbol(const std::string& name) {
 }
 
 const Key* Generator::some(const std::string& list) {
-  const auto table = tables_->tables.find(list);
-  if (table == tables_->tables.end() || table->second.empty()) return nullptr;
-  auto at = table->second.begin();
-  std::advance(at, random_.below(table->second.size()));
+  const Table& table = tables_->rows(list);
+  if (table.empty()) return nullptr;
+  auto at = table.begin();
+  std::advance(at, random_.below(table.size()));
   return &at->first;
 }
 

@@ -34,14 +34,6 @@ class Digest {
   std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context_;
 };
 
-std::string octets(const std::string& hex) {
-  std::string result;
-  for (std::size_t i = 0; i < hex.size(); i += 3) {
-    result += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
-  }
-  return result;
-}
-
 std::string user_key(const std::string& password, const std::string& digest) {
   constexpr std::size_t kOctets = 1048576;
   std::string all;
@@ -54,17 +46,6 @@ std::string user_key(const std::string& password, const std::string& digest) {
 }
 
 }  // namespace
-
-std::string hex(const std::string& octets) {
-  constexpr const char* kDigits = "0123456789abcdef";
-  std::string text;
-  for (const char c : octets) {
-    const auto octet = static_cast<unsigned char>(c);
-    if (!text.empty()) text += ':';
-    text += {kDigits[octet / 16], kDigits[octet % 16]};
-  }
-  return text;
-}
 
 std::string localized_key(const std::string& password, const std::string& engine_id,
                           const std::string& digest, std::size_t length) {

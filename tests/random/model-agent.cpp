@@ -1,6 +1,4 @@
 // The agent's settings, and its engine ID with all that hangs on it.
-#include <arpa/inet.h>
-
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -42,10 +40,7 @@ constexpr std::array<const char*, 3> kVersions{"v1", "v2c", "v3"};
 
 std::optional<std::string> leaf_of(const Tables& t, const std::string& container,
                                    const std::string& leaf) {
-  const auto at = t.containers.find(container);
-  if (at == t.containers.end()) return std::nullopt;
-  const auto value = at->second.find(leaf);
-  return value == at->second.end() ? std::nullopt : std::optional(value->second);
+  return t.has(container) ? column(t.containers.at(container), leaf) : std::nullopt;
 }
 
 std::string message_size(const std::string& stored) {
@@ -57,7 +52,7 @@ std::string message_size(const std::string& stored) {
 
 std::optional<std::string> read(const Tables& t, const std::string& name) {
   const Leaf& leaf = kLeaves.at(name);
-  auto value = leaf_of(t, leaf.container, leaf.name);
+  const auto value = leaf_of(t, leaf.container, leaf.name);
   if (name == "enabled" && !value && t.has("snmpAgent")) return "false";
   if (name == "max-message-size" && t.has("snmpEngine")) {
     return message_size(value.value_or("50000"));
@@ -88,10 +83,8 @@ std::vector<Key> listens(const Tables& t, std::vector<Key>* in_order = nullptr) 
     if (reads) all.push_back({canonical_ip(ip), port});
   }
   const auto rank = [](const Key& key) {
-    std::array<unsigned char, 16> raw{};
-    const bool six = key[0].find(':') != std::string::npos;
-    ::inet_pton(six ? AF_INET6 : AF_INET, key[0].c_str(), raw.data());
-    return std::tuple(six, raw, std::stoul(key[1]));
+    const std::string ip = ip_octets(key[0]);
+    return std::tuple(ip.size(), ip, std::stoul(key[1]));
   };
   std::sort(all.begin(), all.end(), [&](const Key& a, const Key& b) { return rank(a) < rank(b); });
   return all;
@@ -127,13 +120,6 @@ std::string lower(std::string text) {
   return text;
 }
 
-std::string ip_hex(const std::string& ip) {
-  std::array<char, 16> raw{};
-  const bool six = ip.find(':') != std::string::npos;
-  ::inet_pton(six ? AF_INET6 : AF_INET, ip.c_str(), raw.data());
-  return hex({raw.data(), six ? 16U : 4U});
-}
-
 std::string joined(const std::string& head, const std::string& data) {
   return data.empty() ? head : head + ":" + data;
 }
@@ -150,7 +136,7 @@ std::string derived(const std::string& number, const std::string& method,
     require(admits::octets(value), "Invalid engine-id: ");
     return joined(head + "5", lower(value));
   }
-  return joined(head + (value.find(':') == std::string::npos ? "1" : "2"), ip_hex(value));
+  return joined(head + (value.find(':') == std::string::npos ? "1" : "2"), hex(ip_octets(value)));
 }
 
 void derive(Tables& t) {
@@ -280,11 +266,9 @@ void show_agent(View& view, const Tables& t) {
   }
   view.list(path + "extra-ip-port", all);
   std::vector<Key> contexts;
-  if (const auto rows = t.tables.find("contexts"); rows != t.tables.end()) {
-    for (const auto& [key, row] : rows->second) {
-      contexts.push_back(key);
-      view.leaf(path + "context" + braces(key) + "/name", key[0]);
-    }
+  for (const auto& [key, row] : t.rows("contexts")) {
+    contexts.push_back(key);
+    view.leaf(path + "context" + braces(key) + "/name", key[0]);
   }
   view.list(path + "context", contexts);
   if (!t.has(kEngine)) return;

@@ -79,10 +79,8 @@ void write_community(Transaction& tx, const Operation& op) {
 }
 
 void show_community(View& view, const Tables& t) {
-  const auto table = t.tables.find(kCommunities);
-  if (table == t.tables.end()) return;
   std::vector<Key> all;
-  for (const auto& [key, row] : table->second) {
+  for (const auto& [key, row] : t.rows(kCommunities)) {
     all.push_back(key);
     for (const auto& [leaf, column] : kCommunityLeaves) {
       view.optional("/snmp/community" + braces(key) + "/" + leaf, read(row, key, leaf));
@@ -116,10 +114,8 @@ void write_notify(Transaction& tx, const Operation& op) {
 }
 
 void show_notify(View& view, const Tables& t) {
-  const auto table = t.tables.find(kNotifications);
-  if (table == t.tables.end()) return;
   std::vector<Key> all;
-  for (const auto& [key, row] : table->second) {
+  for (const auto& [key, row] : t.rows(kNotifications)) {
     all.push_back(key);
     const std::string path = "/snmp/notify" + braces(key);
     view.leaf(path + "/name", key[0]);

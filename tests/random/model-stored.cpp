@@ -131,10 +131,8 @@ void write_stored(Tables& t, const Operation& op) {
 
 void show_stored(View& view, const Tables& t) {
   for (const TableShape& table : shapes()) {
-    const auto rows = t.tables.find(table.list);
-    if (rows == t.tables.end()) continue;
     std::vector<Key> all;
-    for (const auto& [key, row] : rows->second) {
+    for (const auto& [key, row] : t.rows(table.list)) {
       all.push_back(key);
       const std::string path = table.path() + braces(key) + "/";
       for (std::size_t i = 0; i < key.size(); ++i) view.leaf(path + table.keys[i].name, key[i]);
@@ -152,13 +150,10 @@ void show_stored(View& view, const Tables& t) {
   for (const char* name : {"snmpVersions", "snmpEngine"}) {
     if (t.has(name) && t.containers.at(name).empty()) view.empty(containers().at(name).path);
   }
-  const auto contexts = t.tables.find("contexts");
   std::vector<Key> all;
-  if (contexts != t.tables.end()) {
-    for (const auto& [key, row] : contexts->second) {
-      all.push_back(key);
-      view.leaf("/confdConfig/snmpAgent/contexts" + braces(key) + "/name", key[0]);
-    }
+  for (const auto& [key, row] : t.rows("contexts")) {
+    all.push_back(key);
+    view.leaf("/confdConfig/snmpAgent/contexts" + braces(key) + "/name", key[0]);
   }
   view.list("/confdConfig/snmpAgent/contexts", all);
   if (t.extra_ip_ports) view.leaf_list("/confdConfig/snmpAgent/extraIpPorts", *t.extra_ip_ports);

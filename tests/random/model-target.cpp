@@ -1,12 +1,9 @@
 // Targets: a row of addresses, and the row of parameters that it names.
-#include <arpa/inet.h>
-
 #include <algorithm>
 #include <array>
 #include <sstream>
 
 #include "model.h"
-#include "users.h"
 
 namespace random_operations {
 namespace {
@@ -31,17 +28,11 @@ const Case* case_named(const std::string& name) {
   return at == kCases.end() ? nullptr : at;
 }
 
-std::optional<std::string> column(const Row& row, const std::string& name) {
-  const auto at = row.find(name);
-  return at == row.end() ? std::nullopt : std::optional(at->second);
-}
-
 const Row* params_of(const Tables& t, const Row& target) {
   const auto name = column(target, "snmpTargetAddrParams");
-  const auto table = t.tables.find(kParams);
-  if (!name || table == t.tables.end()) return nullptr;
-  const auto at = table->second.find({*name});
-  return at == table->second.end() ? nullptr : &at->second;
+  if (!name) return nullptr;
+  const auto at = t.rows(kParams).find({*name});
+  return at == t.rows(kParams).end() ? nullptr : &at->second;
 }
 
 // The case's name; nothing when none is selected. `odd` is set to an MP model that has no case.
@@ -101,27 +92,6 @@ void select(Tables& t, Row& target, const Case& to) {
   if (to.name != "usm") params[kLevel] = "noAuthNoPriv";
   params[kSecurityModel] = to.model;
   params[kMp] = to.mp;
-}
-
-std::string octets(const std::string& hex) {
-  std::string result;
-  for (std::size_t i = 0; i < hex.size(); i += 3) {
-    result += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
-  }
-  return result;
-}
-
-std::string ip_octets(const std::string& ip) {
-  std::array<char, 16> raw{};
-  const bool six = ip.find(':') != std::string::npos;
-  ::inet_pton(six ? AF_INET6 : AF_INET, ip.c_str(), raw.data());
-  return {raw.data(), six ? 16U : 4U};
-}
-
-std::string ip_text(const std::string& octets) {
-  std::array<char, INET6_ADDRSTRLEN> text{};
-  ::inet_ntop(octets.size() == 16 ? AF_INET6 : AF_INET, octets.data(), text.data(), text.size());
-  return text.data();
 }
 
 struct Address {
@@ -358,10 +328,9 @@ void write_target(Transaction& tx, const Operation& op) {
 }
 
 bool target_holds(const Tables& t, const Key& key) {
-  const auto table = t.tables.find(kTargets);
-  const auto row = table->second.find(key);
+  const auto row = t.rows(kTargets).find(key);
   std::string odd;
-  return row == table->second.end() || selected(t, row->second, odd).has_value();
+  return row == t.rows(kTargets).end() || selected(t, row->second, odd).has_value();
 }
 
 namespace {
@@ -378,10 +347,8 @@ bool show_leaf(View& view, const Tables& t, const Key& key, const Row& row,
 }  // namespace
 
 void show_target(View& view, const Tables& t) {
-  const auto table = t.tables.find(kTargets);
-  if (table == t.tables.end()) return;
   std::vector<Key> all;
-  for (const auto& [key, row] : table->second) {
+  for (const auto& [key, row] : t.rows(kTargets)) {
     all.push_back(key);
     const std::string path = "/snmp/target" + braces(key);
     for (const char* leaf : {"name", "ip", "port", "timeout", "retries", "engine-id"}) {

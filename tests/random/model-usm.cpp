@@ -36,11 +36,6 @@ constexpr const char* kUnreadable = "Problem retrieving protocol value";
 
 const Side& side_named(const std::string& name) { return name == "auth" ? kAuth : kPriv; }
 
-std::optional<std::string> column(const Row& row, const std::string& name) {
-  const auto at = row.find(name);
-  return at == row.end() ? std::nullopt : std::optional(at->second);
-}
-
 // The case's name; empty for none, kUnknown for what has no case.
 std::string protocol(const Row& row, const Side& side) {
   const std::string oid = *Tables::value(kUsers, row, side.protocol);
@@ -183,8 +178,8 @@ void remove_below(Row& row, const Place& at) {
   } else {
     // What cannot be told is handed on, and removing one leaf leaves all as it is.
     if (now == kUnknown) return;
-    const std::string& column = node == "key" ? side.copy : side.password;
-    require(now == at.below[1].name && row.count(column) != 0, kNotThere);
+    require(now == at.below[1].name && row.count(node == "key" ? side.copy : side.password) != 0,
+            kNotThere);
   }
 }
 

@@ -4,7 +4,6 @@
 #include <set>
 
 #include "model.h"
-#include "users.h"
 
 namespace random_operations {
 namespace {
@@ -25,22 +24,13 @@ std::string stored_model(const std::string& label) {
   return std::to_string(at - kModels.begin());
 }
 
-const Table& rows_of(const Tables& t, const std::string& list) {
-  static const Table kNone;
-  const auto at = t.tables.find(list);
-  return at == t.tables.end() ? kNone : at->second;
-}
-
 // ------------------------------------------------------------------------- members
 
 // Empty for a row that names none.
-std::string group_of(const Row& row) {
-  const auto at = row.find("vacmGroupName");
-  return at == row.end() ? "" : at->second;
-}
+std::string group_of(const Row& row) { return column(row, "vacmGroupName").value_or(""); }
 
 bool has_group(const Tables& t, const std::string& group, const std::string& member = {}) {
-  const Table& rows = rows_of(t, kMembers);
+  const Table& rows = t.rows(kMembers);
   return std::any_of(rows.begin(), rows.end(), [&](const auto& row) {
     return group_of(row.second) == group && (member.empty() || row.first[1] == member);
   });
@@ -154,7 +144,7 @@ void write_access(Tables& t, const Operation& op) {
 }
 
 bool has_access(const Tables& t, const std::string& group) {
-  const Table& rows = rows_of(t, kAccess);
+  const Table& rows = t.rows(kAccess);
   return std::any_of(rows.begin(), rows.end(),
                      [&](const auto& row) { return row.first[0] == group; });
 }
@@ -166,7 +156,7 @@ void remove_group(Transaction& tx, const std::string& group) {
 
 std::set<std::string> groups(const Tables& t) {
   std::set<std::string> names;
-  for (const auto& [key, row] : rows_of(t, kMembers)) names.insert(group_of(row));
+  for (const auto& [key, row] : t.rows(kMembers)) names.insert(group_of(row));
   names.erase("");
   return names;
 }
@@ -174,7 +164,7 @@ std::set<std::string> groups(const Tables& t) {
 void show_access(View& view, const Tables& t, const std::string& group) {
   const std::string path = "/snmp/vacm/group" + braces({group}) + "/access";
   std::vector<Key> all;
-  for (const auto& [key, row] : rows_of(t, kAccess)) {
+  for (const auto& [key, row] : t.rows(kAccess)) {
     if (key[0] != group) continue;
     all.push_back({key[1], shown_model(key[2]), shown_level(key[3])});
     const std::string entry = path + braces(all.back()) + "/";
@@ -191,7 +181,7 @@ void show_access(View& view, const Tables& t, const std::string& group) {
 void show_members(View& view, const Tables& t, const std::string& group) {
   const std::string path = "/snmp/vacm/group" + braces({group}) + "/member";
   std::map<std::string, std::vector<std::string>> models;  // by member
-  for (const auto& [key, row] : rows_of(t, kMembers)) {
+  for (const auto& [key, row] : t.rows(kMembers)) {
     if (group_of(row) == group) models[key[1]].push_back(shown_model(key[0]));
   }
   std::vector<Key> all;
@@ -325,7 +315,7 @@ void write_view(Transaction& tx, const Operation& op) {
 }
 
 bool subtree_holds(const Tables& t, const Key& key) {
-  const Table& rows = rows_of(t, kViews);
+  const Table& rows = t.rows(kViews);
   const auto row = rows.find(key);
   return row == rows.end() || row->second.count("vacmViewTreeFamilyType") != 0;
 }
@@ -333,7 +323,7 @@ bool subtree_holds(const Tables& t, const Key& key) {
 void show_view(View& view, const Tables& t) {
   std::vector<Key> all;
   std::map<std::string, std::vector<Key>> subtrees;  // by list
-  for (const auto& [key, row] : rows_of(t, kViews)) {
+  for (const auto& [key, row] : t.rows(kViews)) {
     const std::string path = "/snmp/vacm/view" + braces({key[0]});
     if (all.empty() || all.back()[0] != key[0]) {
       all.push_back({key[0]});

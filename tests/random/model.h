@@ -85,7 +85,6 @@ class Model {
   // Both sides as the open transaction shows them, or as a reader does.
   View show(bool may_write);
   const Tables& tables() const { return open_.t; }
-  const std::map<std::string, Row>& committed_containers() const { return committed_.containers; }
 
  private:
   void write(const Operation& op);

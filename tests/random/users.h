@@ -13,9 +13,6 @@ void move_users(Tables& t, const std::string& from, const std::string& to);
 // The ID as the settings stand, which a remote user must not have.
 std::optional<std::string> configured_engine_id(const Tables& t);
 
-// Octets in hexadecimal with colons.
-std::string hex(const std::string& octets);
-
 // RFC 3414, A.2, the first `length` octets in hexadecimal; `digest` is "md5" or "sha", or empty for
 // zeros.
 std::string localized_key(const std::string& password, const std::string& engine_id,
