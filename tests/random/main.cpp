@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iomanip>
 #include <iostream>
+#include <stdexcept>
 
 #include "generator.h"
 #include "run.h"
@@ -143,6 +144,9 @@ int main(int argc, char** argv) {
   } catch (const std::invalid_argument& e) {
     std::cerr << "cannot use " << e.what() << '\n' << kUsage;
     return 3;
+  } catch (const std::out_of_range&) {
+    std::cerr << "error: a line names what the model does not have\n";
+    return 2;
   } catch (const std::exception& e) {
     std::cerr << "error: " << e.what() << '\n';
     return 2;

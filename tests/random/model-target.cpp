@@ -339,7 +339,7 @@ namespace {
 bool show_leaf(View& view, const Tables& t, const Key& key, const Row& row,
                const std::string& below) {
   const std::string path = "/snmp/target" + braces(key) + "/" + below;
-  const auto value = read(t, row, parse("get " + path));
+  const auto value = read(t, row, parse("show " + path));
   view.optional(path, value);
   return value.has_value();
 }

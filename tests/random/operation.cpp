@@ -32,6 +32,11 @@ Operation parse(const std::string& line) {
   std::vector<std::string> all = standin::split_words(line);
   op.verb = all.at(0);
   if (all.size() > 1) op.path = steps_of(all[1]);
+  const bool writes = op.is("set") || op.is("create") || op.is("delete");
+  const bool known = writes
+                         ? op.path.size() > 1
+                         : op.is("show") || op.is("validate") || op.is("commit") || op.is("abort");
+  if (!known) throw standin::PathError("the model has nothing for: " + line);
   for (std::size_t i = 2; i < all.size(); ++i) op.values.push_back(std::move(all[i]));
   return op;
 }
