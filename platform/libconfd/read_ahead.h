@@ -1,4 +1,5 @@
-// Rows of lists that were read before they were asked for.
+// Rows of lists that were read before they were asked for. To the server a leaf answered from here
+// is part of a walk, not a single read: a commit does not compare it.
 #pragma once
 
 #include <cstdint>
