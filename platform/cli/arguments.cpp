@@ -5,6 +5,8 @@
 namespace standin::cli {
 namespace {
 
+constexpr std::string_view kColour = "--color=";
+
 std::uint16_t parse_port(const std::string& text) {
   std::uint16_t port = 0;
   const char* end = text.data() + text.size();
@@ -13,6 +15,13 @@ std::uint16_t parse_port(const std::string& text) {
     throw UsageError("not a port: \"" + text + "\"");
   }
   return port;
+}
+
+ColourWhen parse_colour(const std::string& text) {
+  if (text == "auto") return ColourWhen::automatic;
+  if (text == "always") return ColourWhen::always;
+  if (text == "never") return ColourWhen::never;
+  throw UsageError("--color is one of auto, always, never");
 }
 
 }  // namespace
@@ -33,6 +42,8 @@ Arguments parse_arguments(const Words& words) {
       arguments.port = parse_port(words[i]);
     } else if (word.starts_with("-P")) {
       arguments.port = parse_port(word.substr(2));
+    } else if (word.starts_with(kColour)) {
+      arguments.colour = parse_colour(word.substr(kColour.size()));
     } else {
       throw UsageError("unknown option " + word);
     }

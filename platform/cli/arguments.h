@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/cli/look.h"
+
 namespace standin::cli {
 
 using Words = std::vector<std::string>;
@@ -23,6 +25,7 @@ struct UsageError : std::runtime_error {
 struct Arguments {
   std::uint16_t port = kDefaultPort;
   bool help = false;
+  ColourWhen colour = ColourWhen::automatic;
   Words command;  // empty: the prompt
 };
 

@@ -29,9 +29,16 @@ std::uint32_t attribute_number(const std::string& name) {
   std::uint32_t number = 0;
   const auto [stop, error] = std::from_chars(begin, end, number, hex ? 16 : 10);
   if (error != std::errc() || stop != end) {
-    throw UsageError("unknown attribute " + quote_word(name));
+    throw UsageError("unknown attribute " + quote_word(name) +
+                     ": it is one of annotation, tags, inactive, or a number");
   }
   return number;
+}
+
+Words attribute_names() {
+  Words names;
+  for (const auto& known : kNames) names.emplace_back(known.name);
+  return names;
 }
 
 std::string attribute_name(std::uint32_t number) {

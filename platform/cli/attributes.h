@@ -11,6 +11,7 @@ namespace standin::cli {
 
 // "annotation", "tags", "inactive", or a number, decimal or 0x... Throws UsageError.
 std::uint32_t attribute_number(const std::string& name);
+Words attribute_names();
 std::string attribute_name(std::uint32_t number);
 
 // The value of words. Tags: each argument is split into words. Inactive: "" or "true".

@@ -7,9 +7,9 @@
 
 namespace standin::cli {
 
-// Runs one line: empty lines and comments do nothing. Prints the answer in a batch's form.
+// Runs a command and prints its answer in a batch's form, flushed: what is not there is an answer.
 // Throws UsageError, PathError, Refused, ConnectionLost, WireError.
-Outcome run_line(Context& context, const std::string& line);
+Outcome run_in_batch(Context& context, const Call& call);
 
 // Runs the lines of `context.in` and commits at their end; answers are flushed one by one.
 // `keep_going`: a refused command's text stands in the place of its answer and the rest goes on;

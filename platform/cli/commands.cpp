@@ -1,15 +1,15 @@
 #include "commands.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <iomanip>
 #include <iostream>
 #include <iterator>
 
 #include "attributes.h"
+#include "candidates.h"
+#include "files.h"
+#include "help.h"
 #include "platform/wire/cipher.h"
+#include "platform/wire/nearest.h"
 #include "printing.h"
 #include "secret-input.h"
 
@@ -21,7 +21,7 @@ Path path_of(const Call& call) {
 }
 
 Outcome run_get(Context& context, const Call& call) {
-  const auto got = context.session.get(path_of(call));
+  const auto got = context.session().get(path_of(call));
   if (!got) return Outcome::not_there;
   if (got->is_list) {
     print_words(context.out, got->texts);
@@ -32,59 +32,84 @@ Outcome run_get(Context& context, const Call& call) {
 }
 
 Outcome run_exists(Context& context, const Call& call) {
-  return context.session.exists(path_of(call)) ? Outcome::done : Outcome::not_there;
+  return context.session().exists(path_of(call)) ? Outcome::done : Outcome::not_there;
 }
 
 Outcome run_keys(Context& context, const Call& call) {
-  for (const Words& entry : context.session.keys(path_of(call))) print_words(context.out, entry);
+  for (const Words& entry : context.session().keys(path_of(call))) print_words(context.out, entry);
   return Outcome::done;
 }
 
 Outcome run_case(Context& context, const Call& call) {
-  const auto selected = context.session.selected_case(path_of(call), call.operands[1]);
+  const auto selected = context.session().selected_case(path_of(call), call.operands[1]);
   if (!selected) return Outcome::not_there;
   context.out << *selected << '\n';
   return Outcome::done;
 }
 
 Outcome run_show(Context& context, const Call& call) {
-  const NorthboundSession::Tree tree = context.session.show(path_of(call));
+  const NorthboundSession::Tree tree = context.session().show(path_of(call));
   if (call.option) {
     print_json(context.out, tree.nodes);
   } else {
-    print_tree(context.out, tree.nodes);
+    print_tree(context.out, tree.nodes, context.look);
   }
   return tree.complete ? Outcome::done : Outcome::incomplete;
 }
 
+// What is read of a secret is gone when it has been sent.
+class Values {
+ public:
+  explicit Values(Words words) : words_(std::move(words)) {}
+  ~Values() {
+    for (std::string& word : words_) cleanse(word);
+  }
+  Values(const Values&) = delete;
+  Values& operator=(const Values&) = delete;
+  Words& words() { return words_; }
+
+ private:
+  Words words_;
+};
+
 // Without a value: an empty leaf is created, a leaf-list emptied, a secret read.
+Outcome set_without_value(Context& context, const Path& path) {
+  const Description node = context.session().describe(path);
+  if (node.is_leaf() && node.type == "empty") {
+    context.session().create(path);
+  } else if (node.is_leaf() && node.secret) {
+    Values values({read_secret(context.in, node.path.substr(node.path.rfind('/') + 1))});
+    context.session().set(path, values.words());
+  } else if (node.kind == "leaf-list") {
+    context.session().set(path, {});
+  } else if (node.is_leaf()) {
+    throw UsageError("set needs a value" + (node.admitted.empty() ? "" : ": " + node.admitted));
+  } else {
+    throw UsageError(node.path + " is a " + node.kind + ", which has no value: create makes one");
+  }
+  return Outcome::done;
+}
+
 Outcome run_set(Context& context, const Call& call) {
   const Path path = path_of(call);
-  Words values(call.operands.begin() + 1, call.operands.end());
-  if (values.empty()) {
-    const Description node = context.session.describe(path);
-    if (node.kind == "leaf" && node.type == "empty") {
-      context.session.create(path);
-      return Outcome::done;
-    }
-    if (node.kind == "leaf" && node.secret) {
-      values.push_back(read_secret(context.in, "value: "));
-    } else if (node.kind != "leaf-list") {
-      throw UsageError("set needs a value");
-    }
+  Values values(Words(call.operands.begin() + 1, call.operands.end()));
+  if (call.option) {
+    if (!values.words().empty()) throw UsageError("--from-file takes the place of a value");
+    values.words().push_back(read_value_file(call.option_operand));
+  } else if (values.words().empty()) {
+    return set_without_value(context, path);
   }
-  context.session.set(path, values);
-  for (std::string& value : values) cleanse(value);
+  context.session().set(path, values.words());
   return Outcome::done;
 }
 
 Outcome run_create(Context& context, const Call& call) {
-  context.session.create(path_of(call));
+  context.session().create(path_of(call));
   return Outcome::done;
 }
 
 Outcome run_delete(Context& context, const Call& call) {
-  context.session.remove(path_of(call));
+  context.session().remove(path_of(call));
   return Outcome::done;
 }
 
@@ -93,7 +118,7 @@ Outcome run_attr(Context& context, const Call& call) {
   const Words& operands = call.operands;
   if (call.option && operands.size() != 2) throw UsageError("--delete stands behind a name");
   if (operands.size() == 1) {
-    const AttributeValues all = context.session.attributes(path);
+    const AttributeValues all = context.session().attributes(path);
     for (const auto& [number, value] : all) {
       context.out << attribute_name(number);
       const Words words = attribute_words(value);
@@ -104,15 +129,15 @@ Outcome run_attr(Context& context, const Call& call) {
   }
   const std::uint32_t number = attribute_number(operands[1]);
   if (call.option) {
-    context.session.set_attribute(path, number, nullptr);
+    context.session().set_attribute(path, number, nullptr);
     return Outcome::done;
   }
   if (operands.size() > 2) {
     const Value value = attribute_value(number, Words(operands.begin() + 2, operands.end()));
-    context.session.set_attribute(path, number, &value);
+    context.session().set_attribute(path, number, &value);
     return Outcome::done;
   }
-  for (const auto& [found, value] : context.session.attributes(path)) {
+  for (const auto& [found, value] : context.session().attributes(path)) {
     if (found != number) continue;
     print_words(context.out, attribute_words(value));
     return Outcome::done;
@@ -121,75 +146,53 @@ Outcome run_attr(Context& context, const Call& call) {
 }
 
 Outcome run_load(Context& context, const Call& call) {
-  const std::string& name = call.operands.front();
-  errno = 0;
-  std::ifstream file(name, std::ios::binary);
-  const std::string json{std::istreambuf_iterator<char>(file), {}};
-  if (!file.is_open() || file.bad() || errno == EISDIR) {
-    throw Refused(ErrorCode::os, "cannot read " + name + ": " + std::strerror(errno));
-  }
-  context.session.load(json);
+  std::string json = read_file(call.operands.front());
+  context.session().load(json);
+  cleanse(json);
   return Outcome::done;
 }
 
 Outcome run_validate(Context& context, const Call&) {
-  context.session.validate();
+  context.session().validate();
   return Outcome::done;
 }
 
 Outcome run_commit(Context& context, const Call&) {
-  context.session.commit();
+  context.session().commit();
   return Outcome::done;
 }
 
 Outcome run_abort(Context& context, const Call&) {
-  context.session.abort();
+  context.session().abort();
   return Outcome::done;
 }
 
 Outcome run_diff(Context& context, const Call&) {
-  print_diff(context.out, context.session.diff());
+  print_diff(context.out, context.session().diff(), context.look);
   return Outcome::done;
 }
 
+Outcome run_quit(Context&, const Call&) { return Outcome::leave; }
+
 Outcome run_start(Context& context, const Call&) {
-  context.session.start();
+  context.session().start();
   return Outcome::done;
 }
 
 Outcome run_status(Context& context, const Call&) {
-  print_status(context.out, context.session.status());
+  print_status(context.out, context.session().status());
   return Outcome::done;
-}
-
-// Where the last word of a path begins: a name behind a slash, a key or value behind a blank.
-std::size_t last_word(std::string_view text) {
-  std::size_t begins = 0;
-  bool keys = false;
-  bool quoted = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (quoted) {
-      if (c == '\\') ++i;
-      quoted = c != '"';
-    } else if (c == '"') {
-      quoted = true;
-    } else if (c == ' ' || c == '{' || (c == '/' && !keys)) {
-      begins = i + 1;
-      keys = keys || c == '{';
-    } else if (c == '}') {
-      keys = false;
-    }
-  }
-  return begins;
 }
 
 // Whole words, in the path's own quoting; the shell's is the shell's.
 Outcome run_complete(Context& context, const Call& call) {
+  const std::string before = "set ";
   const std::string& text = call.operands.front();
-  const std::string before = text.substr(0, last_word(text));
-  for (const std::string& word : context.session.complete(text)) {
-    context.out << before << quote_word(word) << '\n';
+  const Typed typed = typed_before(before + text);
+  for (const Candidate& candidate : candidates(context.server, typed)) {
+    if (!candidate.word.starts_with(typed.word)) continue;
+    context.out << text.substr(0, typed.start - before.size()) << quote_word(candidate.word)
+                << '\n';
   }
   return Outcome::done;
 }
@@ -198,14 +201,17 @@ constexpr Command kCommands[] = {
     {.name = "get",
      .usage = "PATH",
      .help = "a leaf's value, or a leaf-list's values",
+     .more = "A secret comes in encrypted form.",
      .least = 1,
      .most = 1,
+     .operands = {Operand::path},
      .run = run_get},
     {.name = "exists",
      .usage = "PATH",
      .help = "whether it is there",
      .least = 1,
      .most = 1,
+     .operands = {Operand::path},
      .truth = true,
      .run = run_exists},
     {.name = "keys",
@@ -213,33 +219,45 @@ constexpr Command kCommands[] = {
      .help = "the entries of a list or leaf-list",
      .least = 1,
      .most = 1,
+     .operands = {Operand::path},
      .run = run_keys},
     {.name = "case",
      .usage = "PATH CHOICE",
      .help = "the selected case",
+     .more = "PATH is the node that holds the choice; help PATH names its choices.",
      .least = 2,
      .most = 2,
+     .operands = {Operand::path, Operand::choice},
      .run = run_case},
     {.name = "show",
      .usage = "[--json] [PATH]",
      .help = "everything at and below it",
+     .more = "--json: RFC 7951, which load takes back; secrets in encrypted form.",
      .least = 0,
      .most = 1,
-     .option = "--json",
+     .operands = {Operand::path},
+     .option = {.name = "--json"},
      .run = run_show},
     {.name = "set",
-     .usage = "PATH [VALUE...]",
+     .usage = "[--from-file FILE] PATH [VALUE...]",
      .help = "write a leaf or a whole leaf-list",
+     .more = "A secret without VALUE is asked for and not echoed, or is the next line of standard "
+             "input.\n"
+             "  --from-file: the value is what FILE holds, without the newline at its end.",
      .least = 1,
      .most = kNever,
+     .operands = {Operand::path, Operand::value, Operand::value},
      .writes_from = 0,
      .values_from = 1,
+     .option = {.name = "--from-file", .operand = "FILE"},
      .run = run_set},
     {.name = "create",
      .usage = "PATH",
      .help = "create an entry or a container",
+     .more = "What is missing above it is created too.",
      .least = 1,
      .most = 1,
+     .operands = {Operand::path},
      .writes_from = 0,
      .run = run_create},
     {.name = "delete",
@@ -247,6 +265,7 @@ constexpr Command kCommands[] = {
      .help = "delete it with all below",
      .least = 1,
      .most = 1,
+     .operands = {Operand::path},
      .writes_from = 0,
      .run = run_delete},
     {.name = "attr",
@@ -254,41 +273,46 @@ constexpr Command kCommands[] = {
      .help = "annotation, tags, inactive (\"\" sets it), or a number",
      .least = 1,
      .most = kNever,
+     .operands = {Operand::path, Operand::attribute, Operand::none},
      .writes_from = 3,
      .values_from = 2,
-     .option = "--delete",
+     .option = {.name = "--delete"},
      .run = run_attr},
     {.name = "load",
      .usage = "FILE",
      .help = "merge a JSON file",
+     .more = "All of it or, when something in it is refused, nothing.",
+     .done = "loaded, not committed yet",
      .least = 1,
      .most = 1,
+     .operands = {Operand::file},
      .writes_from = 0,
      .run = run_load},
+    {.name = "diff",
+     .help = "what has changed",
+     .more = "+ created, - deleted, ~ changed; secrets are masked.",
+     .stands = Stands::in_transaction,
+     .run = run_diff},
     {.name = "validate",
-     .usage = "",
      .help = "check as commit does",
-     .writes_from = 0,
-     .batch_only = true,
+     .done = "valid",
+     .stands = Stands::in_transaction,
      .run = run_validate},
     {.name = "commit",
-     .usage = "",
      .help = "keep the changes",
+     .more = "When it is refused the changes stay open, to be mended or aborted.",
+     .done = "committed",
      .writes_from = 0,
-     .batch_only = true,
+     .ends_transaction = true,
+     .stands = Stands::in_transaction,
      .run = run_commit},
     {.name = "abort",
-     .usage = "",
      .help = "forget the changes",
+     .done = "changes forgotten",
      .writes_from = 0,
-     .batch_only = true,
+     .ends_transaction = true,
+     .stands = Stands::in_transaction,
      .run = run_abort},
-    {.name = "diff",
-     .usage = "",
-     .help = "what has changed",
-     .writes_from = 0,
-     .batch_only = true,
-     .run = run_diff},
     {.name = "complete",
      .usage = "TEXT",
      .help = "what a path that begins so may become, for shells",
@@ -296,55 +320,93 @@ constexpr Command kCommands[] = {
      .most = 1,
      .run = run_complete},
     {.name = "start",
-     .usage = "",
      .help = "end phase 0",
+     .more = "In phase 2 it does nothing.",
      .needs_transaction = false,
      .run = run_start},
     {.name = "status",
-     .usage = "",
      .help = "phase, port, daemons, open transactions",
      .needs_transaction = false,
      .run = run_status},
+    {.name = "help",
+     .alias = "?",
+     .usage = "[COMMAND | PATH]",
+     .help = "the commands, or what one does, or what a node is",
+     .more = "Keys may be left out of PATH.",
+     .least = 0,
+     .most = 1,
+     .operands = {Operand::topic},
+     .needs_transaction = false,
+     .run = run_help},
+    {.name = "quit",
+     .alias = "exit",
+     .help = "leave the prompt",
+     .needs_transaction = false,
+     .stands = Stands::at_prompt,
+     .run = run_quit},
 };
 
-void print_command(std::ostream& out, const std::string& synopsis, std::string_view help) {
-  out << "  " << std::left << std::setw(40) << synopsis << ' ' << help << '\n';
+bool is_option(const Command& command, const Words& operands, const std::string& word) {
+  if (command.option.name.empty() || word != command.option.name) return false;
+  return command.option.operand.empty() ? operands.size() <= command.values_from : operands.empty();
+}
+
+// Its option stands among the operands, so that "--" may be needed there.
+bool is_flagged(const Command& command) {
+  return !command.option.name.empty() && command.option.operand.empty();
+}
+
+std::string usage_of(const Command& command) {
+  return "usage: " + std::string(command.name) + (command.usage.empty() ? "" : " ") +
+         std::string(command.usage);
+}
+
+[[noreturn]] void unknown_command(const std::string& name) {
+  std::vector<std::string> names;
+  for (const Command& command : kCommands) names.emplace_back(command.name);
+  const std::string meant = nearest(name, names);
+  throw UsageError("unknown command " + quote_word(name) +
+                   (meant.empty() ? "; help lists them" : ": did you mean " + meant + "?"));
 }
 
 }  // namespace
 
 std::span<const Command> commands() { return kCommands; }
 
+const Command* find_command(std::string_view name) {
+  const auto* found = std::ranges::find_if(
+      kCommands, [&](const Command& c) { return c.name == name || c.alias == name; });
+  return found == std::end(kCommands) || name.empty() ? nullptr : found;
+}
+
 Call parse_command(const Words& words) {
-  const auto* command = std::find_if(std::begin(kCommands), std::end(kCommands),
-                                     [&](const Command& c) { return c.name == words.front(); });
-  if (command == std::end(kCommands)) {
-    throw UsageError("unknown command " + quote_word(words.front()));
-  }
-  Call call{command, false, {}};
+  const Command* command = find_command(words.front());
+  if (command == nullptr) unknown_command(words.front());
+  Call call{command, false, {}, {}};
   bool ended = false;  // by "--"
   for (auto word = words.begin() + 1; word != words.end(); ++word) {
     const std::size_t place = call.operands.size();
     const bool is_value = place >= command->values_from;
-    const bool may_be_option =
-        !is_value || (place == command->values_from && !command->option.empty());
-    if (!ended && may_be_option) {
-      if (*word == "--") {
-        ended = true;
-        continue;
-      }
-      if (*word == command->option) {
-        call.option = true;
-        continue;
-      }
-      if (!is_value && word->size() > 1 && word->front() == '-') {
-        throw UsageError("unknown option " + *word);
-      }
+    if (!ended && is_option(*command, call.operands, *word)) {
+      call.option = true;
+      if (command->option.operand.empty()) continue;
+      if (++word == words.end())
+        throw UsageError(std::string(command->option.name) + " needs a file");
+      call.option_operand = *word;
+      continue;
+    }
+    const bool may_end = !is_value || (place == command->values_from && is_flagged(*command));
+    if (!ended && may_end && *word == "--") {
+      ended = true;
+      continue;
+    }
+    if (!ended && !is_value && word->size() > 1 && word->front() == '-') {
+      throw UsageError("unknown option " + *word + ": " + usage_of(*command));
     }
     call.operands.push_back(*word);
   }
   if (call.operands.size() < command->least || call.operands.size() > command->most) {
-    throw UsageError("usage: " + std::string(command->name) + ' ' + std::string(command->usage));
+    throw UsageError(usage_of(*command));
   }
   return call;
 }
@@ -354,15 +416,6 @@ NorthboundSession::Access access_of(const Call& call) {
   const bool writes = call.operands.size() >= call.command->writes_from ||
                       (call.option && call.command->writes_from != kNever);
   return writes ? NorthboundSession::Access::write : NorthboundSession::Access::read;
-}
-
-void print_usage(std::ostream& out) {
-  out << "standin-cli [-P PORT] [COMMAND]\n";
-  for (const Command& command : kCommands) {
-    print_command(out, std::string(command.name) + ' ' + std::string(command.usage), command.help);
-  }
-  print_command(out, "batch [-k]", "commands from standard input in one transaction");
-  out << "validate, commit, abort and diff stand in a batch or at the prompt only.\n";
 }
 
 std::string error_line(std::string_view text) {

@@ -1,146 +1,167 @@
 #include "prompt.h"
 
-#include <readline/history.h>
-#include <readline/readline.h>
+#include <unistd.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <iostream>
-#include <memory>
 
 #include "batch.h"
+#include "candidates.h"
+#include "history.h"
+#include "interrupt.h"
+#include "line-editor.h"
+#include "patience.h"
+#include "platform/wire/cipher.h"
+#include "platform/wire/path.h"
 
 namespace standin::cli {
 namespace {
 
-// readline's completion is a function without an argument of its own.
-NorthboundSession* completing = nullptr;
+using Keep = LineEditor::Keep;
 
-Words candidates(const CompletionPlace& place) {
-  Words words;
-  switch (place.kind) {
-    case CompletionPlace::Kind::command:
-      for (const Command& command : commands()) words.emplace_back(command.name);
-      words.insert(words.end(), {"help", "quit"});
-      return words;
-    case CompletionPlace::Kind::path:
-      words = completing->complete(place.path);
-      for (std::string& word : words) word = quote_word(word);
-      return words;
-    case CompletionPlace::Kind::value:
-      return completing->complete(place.path + ' ');
-    case CompletionPlace::Kind::nothing:
-      break;
-  }
-  return words;
-}
+class Prompt {
+ public:
+  Prompt(Server& server, ColourWhen colour)
+      : server_(server),
+        context_{server, std::cout, std::cin, look_of(STDOUT_FILENO, colour)},
+        errors_(look_of(STDERR_FILENO, colour)),
+        editor_([this](const std::string& before) { return completion(before); }, history()) {}
 
-// readline frees the array and its texts.
-char** matches_for(const char* text, const Words& words) {
-  Words fitting;
-  for (const std::string& word : words) {
-    if (word.starts_with(text)) fitting.push_back(word);
-  }
-  if (fitting.empty()) return nullptr;
-  std::string common = fitting.front();
-  for (const std::string& word : fitting) {
-    std::size_t same = 0;
-    while (same < common.size() && same < word.size() && common[same] == word[same]) ++same;
-    common.resize(same);
-  }
-  auto** matches = static_cast<char**>(std::calloc(fitting.size() + 2, sizeof(char*)));
-  if (matches == nullptr) return nullptr;
-  matches[0] = ::strdup(common.c_str());
-  if (fitting.size() > 1) {
-    for (std::size_t i = 0; i < fitting.size(); ++i) matches[i + 1] = ::strdup(fitting[i].c_str());
-  }
-  return matches;
-}
+  int run();
 
-// No exception may cross readline's frames; what cannot be completed is not.
-char** complete_line(const char* text, int, int) {
-  rl_attempted_completion_over = 1;
-  try {
-    const std::string before(rl_line_buffer, static_cast<std::size_t>(rl_point));
-    const CompletionPlace place = completion_place(before);
-    const bool inside_path = place.kind == CompletionPlace::Kind::path;
-    rl_completion_append_character = inside_path ? '\0' : ' ';
-    return matches_for(text, candidates(place));
-  } catch (const std::exception&) {
-    return nullptr;
+ private:
+  static std::string history() {
+    const std::string file = history_file(std::getenv("XDG_STATE_HOME"), std::getenv("HOME"));
+    return prepare_history(file) ? file : std::string();
   }
-}
 
-struct FreeText {
-  void operator()(char* text) const { std::free(text); }
+  // What cannot be found out, for want of a server say, is not completed.
+  Completion completion(const std::string& before) {
+    const Typed typed = typed_before(before);
+    return complete(typed, candidates(server_, typed));
+  }
+
+  Keep keep(const std::string& line);
+  Outcome run_command(const std::string& line);
+  Outcome run_call(const Call& call);
+  bool may_leave();
+  void report(const std::string& text, const std::string& path);
+  void lost(const std::string& text);
+
+  Server& server_;
+  Context context_;
+  Look errors_;
+  LineEditor editor_;
+  bool changed_ = false;  // something was written since the transaction began
 };
 
-void run_command(Context& context, const std::string& line) {
+// A value that was typed for a secret is kept nowhere, and a line that nobody understood could
+// hold one.
+Keep Prompt::keep(const std::string& line) {
   try {
-    run_line(context, line);
+    const Call call = parse_command(split_words(line));
+    const bool values = call.operands.size() > call.command->values_from;
+    if (!values || call.command->values_from == kNever) return Keep::file;
+    const Description node = server_.session().describe(parse_path(call.operands.front()));
+    return node.secret ? Keep::nowhere : Keep::file;
+  } catch (const std::exception&) {
+    return Keep::session;
+  }
+}
+
+void Prompt::report(const std::string& text, const std::string& path) {
+  std::string line = error_line(text);
+  constexpr std::string_view kHead = "error:";
+  line = painted(errors_, Ink::error, kHead) + line.substr(kHead.size());
+  std::cerr << line << '\n';
+  if (!path.empty() && text.find(path) == std::string::npos) {
+    std::cerr << painted(errors_, Ink::faint, "  at " + path) << '\n';
+  }
+  std::cerr << std::flush;
+}
+
+void Prompt::lost(const std::string& text) {
+  server_.drop();
+  report(text + (changed_ ? "; the uncommitted changes are forgotten" : "") +
+             "; the next command connects again",
+         {});
+  changed_ = false;
+}
+
+Outcome Prompt::run_call(const Call& call) {
+  const Outcome outcome = run_in_batch(context_, call);
+  if (!call.command->done.empty()) {
+    std::cout << painted(context_.look, Ink::faint, call.command->done) << std::endl;
+  }
+  if (call.command->ends_transaction) {
+    changed_ = false;
+  } else if (writes(call)) {
+    changed_ = true;
+  }
+  return outcome;
+}
+
+Outcome Prompt::run_command(const std::string& line) {
+  std::string path;
+  try {
+    const Call call = parse_command(split_words(line));
+    const bool has_path = call.command->operands.front() == Operand::path;
+    if (has_path && !call.operands.empty()) path = call.operands.front();
+    return run_call(call);
+  } catch (const ConnectionLost& e) {
+    lost(e.what());
+  } catch (const WireError& e) {
+    lost(std::string("the server's answer cannot be read: ") + e.what());
+  } catch (const Interrupted& e) {
+    report(e.what(), {});
   } catch (const UsageError& e) {
-    std::cerr << error_line(e.what()) << std::endl;
-  } catch (const PathError& e) {
-    std::cerr << error_line(e.what()) << std::endl;
-  } catch (const Refused& e) {
-    std::cerr << error_line(e.what()) << std::endl;
+    report(e.what(), {});
+  } catch (const std::runtime_error& e) {
+    report(e.what(), path);
+  }
+  return Outcome::done;
+}
+
+// Nothing is lost unasked; at the input's end there is nobody to ask.
+bool Prompt::may_leave() {
+  if (!changed_) return true;
+  std::size_t count = 0;
+  try {
+    count = server_.session().diff().size();
+  } catch (const std::exception&) {
+    return true;
+  }
+  if (count == 0) return true;
+  const std::string changes = std::to_string(count) + (count == 1 ? " change" : " changes");
+  const auto answer = editor_.read(changes + " not committed. Leave and forget? [y/N] ");
+  return !answer || answer->starts_with('y') || answer->starts_with('Y');
+}
+
+int Prompt::run() {
+  server_.session();
+  const InterruptCatcher catcher;
+  std::cout << "help lists the commands, Tab completes, commit keeps the changes.\n" << std::flush;
+  for (;;) {
+    clear_interrupt();
+    std::optional<std::string> line = editor_.read(changed_ ? "standin*> " : "standin> ");
+    if (!line) {
+      std::cout << '\n' << std::flush;
+      if (may_leave()) return kDone;
+      continue;
+    }
+    if (line->find_first_not_of(" \t") == std::string::npos) continue;
+    editor_.remember(*line, keep(*line));
+    const Outcome outcome = run_command(*line);
+    cleanse(*line);
+    if (outcome == Outcome::leave && may_leave()) return kDone;
   }
 }
 
 }  // namespace
 
-CompletionPlace completion_place(const std::string& before_cursor) {
-  using Kind = CompletionPlace::Kind;
-  const std::size_t begin = before_cursor.find_first_not_of(' ');
-  const std::size_t end = begin == std::string::npos ? begin : before_cursor.find(' ', begin);
-  if (end == std::string::npos) return {Kind::command, {}, {}};
-  const std::string command = before_cursor.substr(begin, end - begin);
-  const std::size_t operand = before_cursor.find_first_not_of(' ', end);
-  if (operand == std::string::npos) return {Kind::path, command, "/"};
-  // A blank ends the path unless it stands between braces or quotes.
-  bool quoted = false;
-  int braces = 0;
-  for (std::size_t i = operand; i < before_cursor.size(); ++i) {
-    const char c = before_cursor[i];
-    if (quoted && c == '\\') {
-      ++i;
-    } else if (c == '"') {
-      quoted = !quoted;
-    } else if (!quoted && c == '{') {
-      ++braces;
-    } else if (!quoted && c == '}') {
-      --braces;
-    } else if (!quoted && braces <= 0 && c == ' ') {
-      const std::string path = before_cursor.substr(operand, i - operand);
-      return command == "set" ? CompletionPlace{Kind::value, command, path} : CompletionPlace{};
-    }
-  }
-  return {Kind::path, command, before_cursor.substr(operand)};
-}
-
-int run_prompt(NorthboundSession& session) {
-  completing = &session;
-  rl_readline_name = "standin-cli";
-  rl_attempted_completion_function = complete_line;
-  rl_completer_word_break_characters = " /{}";
-  Context context{session, std::cout, std::cin};
-  for (;;) {
-    const std::unique_ptr<char, FreeText> text(::readline("standin> "));
-    if (text == nullptr) break;
-    const std::string line(text.get());
-    if (line.find_first_not_of(" \t") == std::string::npos) continue;
-    ::add_history(line.c_str());
-    const Words words{line.substr(0, line.find(' '))};
-    if (words[0] == "quit" || words[0] == "exit") break;
-    if (words[0] == "help") {
-      print_usage(std::cout);
-      std::cout << "quit leaves the prompt; what was not committed is forgotten.\n" << std::flush;
-      continue;
-    }
-    run_command(context, line);
-  }
-  completing = nullptr;
-  return kDone;
+int run_prompt(Server& server, ColourWhen colour) {
+  server.while_waiting(Patience(server.port()));
+  return Prompt(server, colour).run();
 }
 
 }  // namespace standin::cli

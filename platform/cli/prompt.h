@@ -1,22 +1,12 @@
-// The interactive prompt.
+// The interactive prompt: a transaction that stays open from command to command.
 #pragma once
-
-#include <string>
 
 #include "platform/cli/commands.h"
 
 namespace standin::cli {
 
-// What stands before the cursor, and so what may follow.
-struct CompletionPlace {
-  enum class Kind : std::uint8_t { nothing, command, path, value } kind = Kind::nothing;
-  std::string command;
-  std::string path;  // as far as it is written; whole for a value
-};
-CompletionPlace completion_place(const std::string& before_cursor);
-
-// Reads commands from the terminal until its end, "quit" or "exit". Returns an ExitStatus.
-// Throws ConnectionLost, WireError.
-int run_prompt(NorthboundSession& session);
+// Reads commands from the terminal until its end or "quit". Returns an ExitStatus. Throws
+// ConnectionLost when there is no server to begin with.
+int run_prompt(Server& server, ColourWhen colour);
 
 }  // namespace standin::cli

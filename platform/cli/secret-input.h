@@ -6,8 +6,9 @@
 
 namespace standin::cli {
 
-// Reads one line, as it stands. When standard input is a terminal, `prompt` is shown there and
-// nothing is echoed. Throws UsageError at the end of the input. The caller cleanses the text.
-std::string read_secret(std::istream& in, const char* prompt);
+// The value of a secret: on a terminal typed twice without echo, after a line that names it;
+// otherwise the next line of `in`, as it stands. The caller cleanses it. Throws UsageError when
+// there is none or the two differ, Interrupted for Ctrl-C.
+std::string read_secret(std::istream& in, const std::string& name);
 
 }  // namespace standin::cli

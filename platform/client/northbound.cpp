@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "platform/wire/cipher.h"
+
 namespace standin {
 namespace {
 
@@ -89,7 +91,10 @@ std::string NorthboundSession::exchange(FrameWriter& frame) {
   } catch (const WireError& e) {
     throw Refused(ErrorCode::too_long, e.what());
   }
-  if (send_frame(socket_.fd, octets) != IoResult::ok) lost("connection to the server lost");
+  const IoResult sent = send_frame(socket_.fd, octets);
+  cleanse(octets);  // it may have held a password
+  if (sent != IoResult::ok) lost("connection to the server lost");
+  if (wait_) wait_();
   std::string payload;
   if (recv_frame(socket_.fd, payload) != IoResult::ok) lost("connection to the server lost");
   return payload;
@@ -250,9 +255,11 @@ ServerState NorthboundSession::status() {
   return state;
 }
 
-std::vector<std::string> NorthboundSession::complete(const std::string& path_so_far) {
+std::vector<std::string> NorthboundSession::complete(const Path& path, Wanted wanted,
+                                                     const std::vector<std::string>& given,
+                                                     const std::string& begun) {
   FrameWriter frame = message(Op::nb_complete);
-  frame.put(path_so_far);
+  frame.put(path).put(wanted == Wanted::key).put(given).put(begun);
   return call(frame).texts();
 }
 
@@ -260,13 +267,15 @@ Description NorthboundSession::describe(const Path& path) {
   FrameWriter frame = opening(Op::nb_describe);
   frame.put(path);
   FrameReader in = call(frame);
-  Description description;
-  description.kind = in.text();
-  description.type = in.text();
-  description.text = in.text();
-  description.secret = in.boolean();
-  description.labels = in.texts();
-  return description;
+  return read_description(in);
+}
+
+NorthboundSession::Watched NorthboundSession::watch(int handle, bool stop) {
+  FrameWriter frame = opening(Op::nb_watch);
+  frame.put(static_cast<std::uint64_t>(handle)).put(stop);
+  FrameReader in = call(frame);
+  const std::uint64_t done = in.number();
+  return {done, in.number()};
 }
 
 }  // namespace standin

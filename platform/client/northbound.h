@@ -1,12 +1,14 @@
 // A northbound session: one connection, one open transaction, one method for each operation.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/client/description.h"
 #include "platform/client/tree.h"
 #include "platform/wire/frame.h"
 #include "platform/wire/frame_counts.h"
@@ -38,14 +40,6 @@ struct ServerState {
   std::vector<DaemonState> daemons;
   std::uint64_t transactions = 0;
   FrameCounts traffic;  // of the server since its start
-};
-
-struct Description {
-  std::string kind;  // "leaf", "leaf-list", "list", "container"...
-  std::string type;
-  std::string text;
-  bool secret = false;
-  std::vector<std::string> labels;
 };
 
 struct Change {
@@ -99,8 +93,23 @@ class NorthboundSession {
 
   bool start();  // true when the phase changed
   ServerState status();
-  std::vector<std::string> complete(const std::string& path_so_far);
+  // Words that may come next and begin with `begun`: the next key of an entry of `path`, those in
+  // `given` being there already, or a value of it.
+  enum class Wanted : std::uint8_t { key, value };
+  std::vector<std::string> complete(const Path& path, Wanted wanted,
+                                    const std::vector<std::string>& given,
+                                    const std::string& begun);
+  // Keys on the way may be missing.
   Description describe(const Path& path);
+
+  // How far the load of another session's transaction is, by its handle; `stop` also tells it, or
+  // whatever else it does, to end as refused.
+  struct Watched {
+    std::uint64_t done = 0, total = 0;  // list entries; 0 and 0: nothing is loaded
+  };
+  Watched watch(int handle, bool stop);
+  // Called with each request on its way; returns once there is something to read, or never.
+  void while_waiting(std::function<void()> wait) { wait_ = std::move(wait); }
 
  private:
   std::string exchange(FrameWriter& frame);
@@ -117,6 +126,7 @@ class NorthboundSession {
     int fd;
   };
   Socket socket_;
+  std::function<void()> wait_;
   std::uint64_t handle_ = 0;
 };
 

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 namespace standin {
 
@@ -113,10 +114,15 @@ enum class Op : std::uint16_t {
   nb_start = 125,      // -> b phase changed
   nb_status = 126,     // -> u port, u phase, [[s daemon, b alive, [s callpoint...]]...],
                        // u open transactions, u frames received, sent, u octets received, sent
-  nb_complete = 127,   // u handle, s path so far -> [s candidate...], of the last element, keys or
-                       // value
-  nb_describe = 128,   // p -> s kind ("leaf", "list"...), s type, s description, b secret,
-                       // [s label...]
+  nb_complete = 127,   // u handle, p, b entry, [s key given...], s word so far -> [s word...]: the
+                       // next key of an entry of p (a list or leaf-list), or p's value
+  nb_describe = 128,  // p (keys may be missing) -> s path without keys, s kind ("leaf", "list"...),
+                      // s type, s what is admitted, s units, s? default, s description, b secret,
+                      // b mandatory, [s key...], [[s label, s description]...],
+                      // [[s choice, b mandatory, s description]...],
+                      // [[s child, s kind, s choice?, b mandatory, s description]...]
+  nb_watch = 129,     // u handle of any connection, b stop what it does
+                      // -> u list entries that its load has written, u and has in all
 
   // CDB socket.
   cdb_phase = 140,  // -> u phase, u flags
@@ -151,5 +157,8 @@ enum class NodeKind : std::uint8_t {
   list = 3,       // [[ [s key...], [node...] ]...]  (key leaves are among the nodes too)
   error = 4,      // s text: the node's read was refused
 };
+
+// What stands in the place of a secret in an nb_diff.
+inline constexpr std::string_view kSecretMask = "********";
 
 }  // namespace standin

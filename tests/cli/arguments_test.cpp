@@ -32,8 +32,8 @@ TEST(CliArguments, OptionsStandBeforeTheCommand) {
 }
 
 TEST(CliArguments, UnusableOptionsAreUsageErrors) {
-  const Words cases[] = {{"-x"},        {"-P"},       {"-P", "0"}, {"-P", "65536"},
-                         {"-P", "12x"}, {"-P", "-1"}, {"--json"},  {"-P", ""}};
+  const Words cases[] = {{"-x"},       {"-P"},     {"-P", "0"}, {"-P", "65536"}, {"-P", "12x"},
+                         {"-P", "-1"}, {"--json"}, {"-P", ""},  {"--color=red"}};
   for (const Words& words : cases) {
     EXPECT_THROW(parse_arguments(words), UsageError) << words.back();
   }
@@ -53,6 +53,10 @@ TEST(CliCommands, WordsAreSortedIntoOptionAndOperands) {
       {{"set", "/a", "-5"}, false, {"/a", "-5"}, Access::write},
       {{"set", "/a", "--"}, false, {"/a", "--"}, Access::write},
       {{"set", "--", "/a", "--json"}, false, {"/a", "--json"}, Access::write},
+      {{"set", "--from-file", "f", "/a"}, true, {"/a"}, Access::write},
+      {{"set", "/a", "--from-file", "f"}, false, {"/a", "--from-file", "f"}, Access::write},
+      {{"set", "--", "/a", "--from-file"}, false, {"/a", "--from-file"}, Access::write},
+      {{"?", "set"}, false, {"set"}, Access::none},
       {{"attr", "/a"}, false, {"/a"}, Access::read},
       {{"attr", "/a", "tags"}, false, {"/a", "tags"}, Access::read},
       {{"attr", "/a", "tags", "x"}, false, {"/a", "tags", "x"}, Access::write},
@@ -70,10 +74,20 @@ TEST(CliCommands, WordsAreSortedIntoOptionAndOperands) {
 }
 
 TEST(CliCommands, WrongCommandsOptionsAndCountsAreUsageErrors) {
-  const Words cases[] = {{"frobnicate"},       {"get"},          {"get", "/a", "/b"},
-                         {"get", "--json"},    {"case", "/a"},   {"set"},
-                         {"set", "-x", "/a"},  {"commit", "x"},  {"load"},
-                         {"show", "/a", "/b"}, {"start", "now"}, {"attr", "--delete"}};
+  const Words cases[] = {{"frobnicate"},
+                         {"get"},
+                         {"get", "/a", "/b"},
+                         {"get", "--json"},
+                         {"case", "/a"},
+                         {"set"},
+                         {"set", "-x", "/a"},
+                         {"set", "--from-file"},
+                         {"set", "--from-file", "f"},
+                         {"commit", "x"},
+                         {"load"},
+                         {"show", "/a", "/b"},
+                         {"start", "now"},
+                         {"attr", "--delete"}};
   for (const Words& words : cases) {
     EXPECT_THROW(parse_command(words), UsageError) << testing::PrintToString(words);
   }

@@ -19,10 +19,10 @@ BatchRun run(const std::string& lines, std::vector<std::string> answers, bool ke
   ScriptedServer server(std::move(answers));
   BatchRun ran;
   {
-    NorthboundSession session(server.port(), "test", NorthboundSession::Access::write);
+    Server connection(server.port(), Server::Access::write);
     std::istringstream in(lines);
     std::ostringstream out, errors;
-    Context context{session, out, in};
+    Context context{connection, out, in};
     ran.status = run_batch(context, errors, keep_going);
     ran.out = out.str();
     ran.errors = errors.str();
@@ -86,13 +86,10 @@ TEST(CliBatch, RefusedCommitAtTheEndIsAnError) {
 }
 
 TEST(CliBatch, SecretIsReadFromTheNextLine) {
-  const std::string secret = granted()
-                                 .put("leaf")
-                                 .put("string")
-                                 .put("A password.")
-                                 .put(true)
-                                 .put(std::vector<std::string>{})
-                                 .take();
+  FrameWriter described = granted();
+  described.put("/a").put("leaf").put("string").put("").put("").put_nil().put("A password.");
+  described.put(true).put(false).array(0).array(0).array(0).array(0);
+  const std::string secret = described.take();
   const BatchRun ran =
       run("set /a\n pass \"word\nget /b\n", {secret, done(), not_there(), done()}, false);
   EXPECT_EQ(ran.status, kDone);

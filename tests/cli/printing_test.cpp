@@ -41,7 +41,7 @@ std::vector<ShownNode> everything() {
 
 TEST(PrintTree, IsIndentedAndMasksSecrets) {
   std::ostringstream out;
-  print_tree(out, everything());
+  print_tree(out, everything(), {});
   EXPECT_EQ(out.str(), R"(top
   count 5
   on true
@@ -54,6 +54,45 @@ TEST(PrintTree, IsIndentedAndMasksSecrets) {
   broken error: Unknown tag: broken
   other 18446744073709551615
 )");
+}
+
+TEST(PrintTree, ForPeopleIsAlignedColouredAndHarmless) {
+  ShownNode top{.kind = NodeKind::container, .name = "top", .module = "m"};
+  ShownNode secret = leaf("password", "$8$xyz");
+  secret.secret = true;
+  top.children = {secret, leaf("on", "x\x1b[2J\n\xc2\x9b")};
+  std::ostringstream aligned, coloured;
+  print_tree(aligned, {top}, {true, false});
+  EXPECT_EQ(aligned.str(), "top\n  password  (set)\n  on        \"x\\x1b[2J\\n\\x9b\"\n");
+  print_tree(coloured, {top}, {true, true});
+  EXPECT_EQ(coloured.str(),
+            "\x1b[1mtop\x1b[0m\n  password  \x1b[33m(set)\x1b[0m\n"
+            "  on        \x1b[32m\"x\\x1b[2J\\n\\x9b\"\x1b[0m\n");
+}
+
+TEST(ChooseLook, FollowsTheOptionTheTerminalAndTheEnvironment) {
+  struct Case {
+    ColourWhen when;
+    bool terminal;
+    const char *no_color, *term;
+    bool aligned, coloured;
+  };
+  using enum ColourWhen;
+  const Case cases[] = {
+      {automatic, true, nullptr, "xterm", true, true},
+      {automatic, true, "", "xterm", true, true},
+      {automatic, true, "1", "xterm", true, false},
+      {automatic, true, nullptr, "dumb", true, false},
+      {automatic, true, nullptr, nullptr, true, false},
+      {automatic, false, nullptr, "xterm", false, false},
+      {never, true, nullptr, "xterm", true, false},
+      {always, false, "1", "dumb", true, true},
+  };
+  for (const Case& c : cases) {
+    const Look look = choose_look(c.when, c.terminal, c.no_color, c.term);
+    EXPECT_EQ(look.aligned, c.aligned) << &c - cases;
+    EXPECT_EQ(look.coloured, c.coloured) << &c - cases;
+  }
 }
 
 TEST(PrintJson, FollowsTheYangEncoding) {
@@ -103,8 +142,11 @@ TEST(PrintStatus, NamesEachDaemonOnALine) {
 
 TEST(PrintDiff, ShowsBeforeAndAfter) {
   std::ostringstream out;
-  print_diff(out, {{'+', "/a", {}, "x y"}, {'-', "/b", {}, {}}, {'~', "/c", "1", "2"}});
+  print_diff(out, {{'+', "/a", {}, "x y"}, {'-', "/b", {}, {}}, {'~', "/c", "1", "2"}}, {});
   EXPECT_EQ(out.str(), "+ /a \"x y\"\n- /b\n~ /c 1 -> 2\n");
+  std::ostringstream people;
+  print_diff(people, {{'~', "/key", "********", "********"}}, {true, true});
+  EXPECT_EQ(people.str(), "\x1b[33m~ /key (set) -> (set)\x1b[0m\n");
 }
 
 }  // namespace

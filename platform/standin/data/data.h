@@ -89,8 +89,10 @@ std::vector<TreeNode> read_tree(Data& data, const Schema& schema, const NodePath
 
 // Merges RFC 7951 JSON, in schema order, entry by entry. Returns the number of nodes written.
 // `allowed` may refuse a top-level or stored node by throwing (the initial file's rule).
+// `watch` is told before each list entry how many there were and are in all; it may throw.
 std::size_t load_json(Data& data, const Schema& schema, std::string_view json,
-                      const std::function<void(const NodePath&)>& allowed = {});
+                      const std::function<void(const NodePath&)>& allowed = {},
+                      const std::function<void(std::uint64_t, std::uint64_t)>& watch = {});
 
 // ---- XPath (xpath.cpp)
 

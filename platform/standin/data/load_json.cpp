@@ -26,10 +26,26 @@ bool fits(const Node& node, Json::Kind kind) {
   }
 }
 
+// List entries: the objects that stand in arrays.
+std::uint64_t entries_in(const Json& json) {
+  std::uint64_t count = 0;
+  for (const Json& item : json.items) {
+    count += (item.kind == Json::Kind::object ? 1 : 0) + entries_in(item);
+  }
+  for (const auto& member : json.members) count += entries_in(member.value);
+  return count;
+}
+
 class Loader {
  public:
   Loader(Data& data, const Schema& schema, const std::function<void(const NodePath&)>& allowed)
       : data_(data), schema_(schema), allowed_(allowed) {}
+  // Tells `watch` of every list entry, of which there are `total`.
+  void watched(const std::function<void(std::uint64_t, std::uint64_t)>& watch,
+               std::uint64_t total) {
+    watch_ = watch;
+    total_ = total;
+  }
 
   void object(const NodePath& holder, const std::vector<const Node*>& nodes, const Json& json);
   std::size_t written() const { return written_; }
@@ -64,6 +80,8 @@ class Loader {
   Data& data_;
   const Schema& schema_;
   const std::function<void(const NodePath&)>& allowed_;
+  std::function<void(std::uint64_t, std::uint64_t)> watch_;
+  std::uint64_t entries_ = 0, total_ = 0;
   std::size_t written_ = 0;
 };
 
@@ -168,6 +186,7 @@ void Loader::list(const NodePath& path, const Json& json) {
   require(json, Json::Kind::array, path, "an array of entries");
   for (const Json& item : json.items) {
     require(item, Json::Kind::object, path, "an entry, an object");
+    if (watch_) watch_(entries_++, total_);
     const NodePath entry = path.with_keys(keys(path, item));
     ensure(entry, item);
     object(entry, path.node().children, item);
@@ -229,13 +248,15 @@ void Loader::values(const NodePath& path, const Json& json) {
 }  // namespace
 
 std::size_t load_json(Data& data, const Schema& schema, std::string_view json,
-                      const std::function<void(const NodePath&)>& allowed) {
+                      const std::function<void(const NodePath&)>& allowed,
+                      const std::function<void(std::uint64_t, std::uint64_t)>& watch) {
   const Json document = parse_json(json);
   if (document.kind != Json::Kind::object) {
     throw Refusal(ErrorCode::badvalue,
                   "line " + std::to_string(document.line) + ": expected an object");
   }
   Loader loader(data, schema, allowed);
+  if (watch) loader.watched(watch, entries_in(document));
   data.together([&] { loader.object({}, schema.top(), document); });
   return loader.written();
 }

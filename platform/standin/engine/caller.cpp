@@ -100,6 +100,8 @@ Answer Caller::call(const std::string& point, Op callback, const NodePath& path,
   if (finishing_) throw Refusal(ErrorCode::access, "the transaction has ended");
   if (transaction_.outstanding_.empty() && transaction_.client_gone())
     throw Refusal(ErrorCode::access, "the transaction's client has gone");
+  // What a daemon asks for in the midst of a callback is still served: it must not fail by this.
+  if (transaction_.outstanding_.empty()) transaction_.require_going_on();
   const DaemonPtr daemon = daemon_behind(point);
   const std::string what = point + ": " + callback_name(callback);
   const Turn turn(*this, daemon, what);

@@ -1,4 +1,4 @@
-// What may come next in a path that is being typed, and what a node is.
+// What may come next where a key or a value is being typed.
 #pragma once
 
 #include <string>
@@ -9,13 +9,11 @@
 
 namespace standin {
 
-// Candidates for the last word of "/snmp:snmp/comm", "/snmp:snmp/community{pub" (keys that there
-// are), or, after a blank behind a whole path, for its value. Whole words that begin with what is
-// there, unquoted; none for what cannot be read.
-std::vector<std::string> complete(Transaction& t, const Schema& schema, std::string_view so_far);
-
-// Labels of an enumeration, the values of a boolean, the choices that an entry or container holds.
-std::vector<std::string> labels_of(const Node& node);
-std::string kind_of(const Node& node);
+// Words that begin with `begun`, sorted, some thousand at most. `path` names a list or a leaf-list
+// whose entry is wanted (`keys`: those already given), or a leaf or leaf-list whose value is
+// (`entry` false): labels, and what stands in the nodes that the model suggests.
+std::vector<std::string> complete(Transaction& t, const Schema& schema, const NodePath& path,
+                                  bool entry, const std::vector<std::string>& keys,
+                                  std::string_view begun);
 
 }  // namespace standin

@@ -180,7 +180,7 @@ class Connection {
       FrameReader in(payload);
       const Op op = read_op(in);
       const std::lock_guard lock(engine_.monitor().mutex);
-      const bool northbound = op >= Op::nb_open && op <= Op::nb_describe;
+      const bool northbound = op >= Op::nb_open && op <= Op::nb_watch;
       return (northbound ? serve_northbound(session, op, in, port_) : serve_maapi(session, op, in))
           .take();
     } catch (const Refusal& e) {

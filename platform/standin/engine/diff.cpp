@@ -2,6 +2,8 @@
 
 #include <set>
 
+#include "platform/wire/messages.h"
+
 namespace standin {
 namespace {
 
@@ -23,7 +25,7 @@ State state_of(Data& data, const NodePath& path) {
 
 std::optional<std::string> shown(const Schema& schema, const Node& node, const State& state) {
   if (!state.value || node.type == Type::xmltag) return std::nullopt;
-  if (node.secret) return "********";
+  if (node.secret) return std::string(kSecretMask);
   if (!state.value->is(Type::list)) return schema.print(node, *state.value);
   std::string text;
   for (const Value& item : state.value->items())
@@ -68,6 +70,7 @@ std::vector<Difference> differences(Engine& engine, Transaction& transaction) {
   Before before(engine);
   const Operation operation(engine.monitor(), *before);
   for (const Touched& t : touched) {
+    transaction.require_going_on();
     if (!seen.insert(schema.to_text(t.path)).second) continue;
     const State old_state = state_of((*before).data(), t.path);
     if (auto d = compare(schema, t.path, old_state, state_of(transaction.data(), t.path)))

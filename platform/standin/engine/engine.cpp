@@ -79,6 +79,12 @@ TransactionPtr Engine::find(std::uint64_t id) const {
   return found == transactions_.end() ? nullptr : found->second;
 }
 
+TransactionPtr Engine::find_handle(std::uint64_t handle) const {
+  const auto found = std::ranges::find(transactions_, handle,
+                                       [](const auto& entry) { return entry.second->handle(); });
+  return found == transactions_.end() ? nullptr : found->second;
+}
+
 void Engine::commit(Transaction& transaction) {
   const CommitTurn turn(*this);
   if (initial_ && initial_.get() != &transaction && !transaction.writes().empty())

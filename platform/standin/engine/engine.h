@@ -39,6 +39,8 @@ class Engine {
   TransactionPtr open(Transaction::Kind kind, SocketPtr client);
   // Null when there is no open transaction of that number.
   TransactionPtr find(std::uint64_t id) const;
+  // Of a client's handle, which outlives the transactions that it names.
+  TransactionPtr find_handle(std::uint64_t handle) const;
   std::size_t open_transactions() const { return transactions_.size(); }
   // Validates, and makes the writes durable. Throws Refusal, and the transaction goes on. May let
   // go of the lock; commits wait for each other.

@@ -1,6 +1,7 @@
 #include <optional>
 
 #include "platform/standin/engine/completion.h"
+#include "platform/standin/engine/description.h"
 #include "platform/standin/engine/diff.h"
 #include "platform/standin/engine/rows.h"
 #include "platform/standin/engine/service.h"
@@ -96,16 +97,14 @@ FrameWriter diff(Session& session, Transaction& t) {
   return out;
 }
 
-FrameWriter describe(const NodePath& path) {
-  if (path.empty()) throw Refusal(ErrorCode::badpath, "the root has no description");
-  const Node& node = path.node();
-  const std::string type = node.type == Type::xmltag && node.is_leaf() ? "empty" : node.type_name;
-  return std::move(answer()
-                       .put(kind_of(node))
-                       .put(type)
-                       .put(node.description)
-                       .put(node.secret)
-                       .put(labels_of(node)));
+// The transaction may be of any connection; one that is not open has nothing to tell.
+FrameWriter watch(Engine& engine, FrameReader& in) {
+  const TransactionPtr transaction = engine.find_handle(in.number());
+  const bool stop = in.boolean();
+  if (!transaction) return std::move(answer().put(std::uint64_t{0}).put(std::uint64_t{0}));
+  Transaction::Work& work = transaction->work();
+  if (stop) work.stop = true;
+  return std::move(answer().put(work.done).put(work.total));
 }
 
 FrameWriter status(Engine& engine, std::uint16_t port) {
@@ -129,7 +128,6 @@ FrameWriter serve_read(Session& session, Op op, FrameReader& in) {
   const Schema& schema = session.engine().schema();
   return in_transaction(session, in, [&](Transaction& t) {
     if (op == Op::nb_diff) return diff(session, t);
-    if (op == Op::nb_complete) return std::move(answer(t).put(complete(t, schema, in.text())));
     const NodePath path = schema.resolve(in.path());
     switch (op) {
       case Op::nb_get:
@@ -144,6 +142,11 @@ FrameWriter serve_read(Session& session, Op op, FrameReader& in) {
         return selected(t, schema, path, in.text());
       case Op::nb_show:
         return show(t, schema, path);
+      case Op::nb_complete: {
+        const bool entry = in.boolean();
+        const std::vector<std::string> given = in.texts();
+        return std::move(answer(t).put(complete(t, schema, path, entry, given, in.text())));
+      }
       case Op::nb_get_attrs:
         return put_attributes(t, t.data().attributes(path));
       default:
@@ -204,7 +207,12 @@ FrameWriter load(Session& session, FrameReader& in) {
   std::size_t written = 0;
   FrameWriter out = in_transaction(session, in, [&](Transaction& t) {
     t.require_writable();
-    written = load_json(t.data(), session.engine().schema(), in.text());
+    const auto watch = [&t](std::uint64_t done, std::uint64_t total) {
+      t.work().done = done;
+      t.work().total = total;
+      t.require_going_on();
+    };
+    written = load_json(t.data(), session.engine().schema(), in.text(), {}, watch);
     return answer(t);
   });
   return std::move(out.put(std::uint64_t{written}));
@@ -252,7 +260,9 @@ FrameWriter serve_northbound(Session& session, Op op, FrameReader& in, std::uint
     case Op::nb_status:
       return status(session.engine(), port);
     case Op::nb_describe:
-      return describe(session.engine().schema().resolve(in.path()));
+      return std::move(put_description(answer(), session.engine().schema(), in.path()));
+    case Op::nb_watch:
+      return watch(session.engine(), in);
     default:
       return serve_read(session, op, in);
   }

@@ -27,12 +27,15 @@ template <class Work>
 FrameWriter in_transaction(Session& session, FrameReader& in, Work work) {
   const TransactionPtr transaction = session.transaction(in.number());
   Operation operation(session.engine().monitor(), *transaction);
+  const bool first = operation.outermost();
   const std::size_t mark = transaction->writes().mark();
   const auto undo = [&] {
     if (transaction->writes().mark() > mark) transaction->writes().rollback(mark);
   };
   try {
-    return work(*transaction);
+    FrameWriter out = work(*transaction);
+    if (first) transaction->require_going_on();
+    return out;
   } catch (const Refusal& e) {
     undo();
     // That something is absent is an answer rather than a refusal.

@@ -32,7 +32,9 @@ void Session::close(std::uint64_t handle) {
 void Session::renew(std::uint64_t handle) {
   engine_.close(opened(handle));
   Opened& entry = opened_.at(handle);
+  const TransactionPtr ended = std::move(entry.transaction);
   entry.transaction = engine_.open(entry.kind, socket_);
+  entry.transaction->follow(*ended);
 }
 
 void Session::attach(std::uint64_t handle) {

@@ -21,6 +21,7 @@ class NoCallouts : public Callouts {
 
 Transaction::Transaction(std::uint64_t id, Kind kind, Surroundings around, SocketPtr client)
     : id_(id),
+      handle_(id),
       kind_(kind),
       around_(around),
       client_(std::move(client)),
@@ -73,7 +74,7 @@ Operation::Operation(Monitor& monitor, Transaction& transaction)
   --transaction_.waiting_operations_;
   if (transaction_.ended_) throw Refusal(ErrorCode::nosession, "the transaction has ended");
   if (monitor_.stopping) throw Refusal(ErrorCode::nosession, "the server stops");
-  ++transaction_.operations_;
+  if (transaction_.operations_++ == 0) transaction_.work_ = {};
   transaction_.last_request_ = Clock::now();
 }
 

@@ -39,6 +39,9 @@ class Transaction {
   Transaction& operator=(const Transaction&) = delete;
 
   std::uint64_t id() const { return id_; }
+  // What the client calls it: the id of the first of those that followed one another.
+  std::uint64_t handle() const { return handle_; }
+  void follow(const Transaction& ended) { handle_ = ended.handle_; }
   Kind kind() const { return kind_; }
   WriteSet& writes() { return writes_; }
   StoredTree& stored() { return stored_; }
@@ -52,6 +55,17 @@ class Transaction {
   // it knew of them is lost.
   void require_daemons();
   bool client_gone() const { return client_ && client_->peer_gone(); }
+
+  // What a client's operation has come to, for whoever watches it from another connection.
+  struct Work {
+    std::uint64_t done = 0, total = 0;  // list entries of a load
+    bool stop = false;                  // it is to end where that hurts nobody
+  };
+  Work& work() { return work_; }
+  // Throws Refusal (failed) when it has been told to stop.
+  void require_going_on() const {
+    if (work_.stop) throw Refusal(ErrorCode::failed, "interrupted: nothing of it was done");
+  }
 
   // Waits for what runs, takes no more writes, and tells the daemons that it ends.
   void finish();
@@ -69,12 +83,15 @@ class Transaction {
   };
 
   const std::uint64_t id_;
+  std::uint64_t handle_;
   const Kind kind_;
   Surroundings around_;
   SocketPtr client_;
   const std::uint64_t began_after_;
   WriteSet writes_;
   StoredTree stored_;
+
+  Work work_;
 
   // Operations nest: each but the innermost waits for a daemon. So a new one may begin when there
   // are as many outstanding callbacks as operations.
@@ -102,6 +119,8 @@ class Operation {
   Operation(const Operation&) = delete;
   Operation& operator=(const Operation&) = delete;
 
+  // No callback waits for it.
+  bool outermost() const { return transaction_.operations_ == 1; }
   // Keeps the text for the callback that made this request, if one did.
   void refused(const std::string& text);
 

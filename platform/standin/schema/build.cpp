@@ -24,18 +24,6 @@ std::unordered_map<std::string, std::string> annotations(const lysc_node* n) {
   return found;
 }
 
-// On one line: YANG texts are broken and indented as their file is.
-std::string flowed(const char* text) {
-  std::string out;
-  for (const char* c = text == nullptr ? "" : text; *c != '\0'; ++c) {
-    const bool blank = *c == ' ' || *c == '\n' || *c == '\t' || *c == '\r';
-    if (!blank) out += *c;
-    if (blank && !out.empty() && out.back() != ' ') out += ' ';
-  }
-  if (out.ends_with(' ')) out.pop_back();
-  return out;
-}
-
 // Two names that share a number could not be told apart by a daemon.
 class TagNumbers {
  public:
@@ -55,6 +43,19 @@ class TagNumbers {
 class Builder {
  public:
   Builder(SchemaNodes& impl, const lysc_type* oid) : impl_(impl), oid_(oid) {}
+
+  // Once all nodes are there: those that others name.
+  void link() {
+    for (const auto& [node, paths] : suggest_) {
+      try {
+        for (const std::string& path : split_words(paths)) {
+          node->suggestions.push_back(find_node(impl_, parse_path(path)));
+        }
+      } catch (const std::runtime_error& e) {
+        throw std::runtime_error(path_of(*node) + ": ann:suggest: " + e.what());
+      }
+    }
+  }
 
   void module(const lys_module* module) {
     module_ = module;
@@ -167,6 +168,7 @@ class Builder {
     node.stored = notes.contains("stored");
     node.encrypted = notes.contains("encrypted");
     node.secret = node.encrypted || notes.contains("secret");
+    if (notes.contains("suggest")) suggest_.emplace_back(&node, flowed(notes["suggest"].c_str()));
     if (!node.callpoint.empty()) impl_.callpoints.insert(node.callpoint);
     if (!node.hook.empty()) impl_.callpoints.insert(node.hook);
     if (!node.valpoint.empty()) impl_.valpoints.insert(node.valpoint);
@@ -198,6 +200,7 @@ class Builder {
   const lys_module* module_ = nullptr;
   std::uint32_t ns_ = 0;
   TagNumbers tags_;
+  std::vector<std::pair<Node*, std::string>> suggest_;
 };
 
 }  // namespace
@@ -213,6 +216,7 @@ void build_nodes(SchemaNodes& impl, const LoadedModules& loaded) {
     }
     builder.module(module);
   }
+  builder.link();
   // From here on the compiled nodes lead back to ours.
   ly_ctx_unset_options(impl.ctx.get(), LY_CTX_SET_PRIV_PARSED);
   for (Node& node : impl.nodes) const_cast<lysc_node*>(node.lysc)->priv = &node;

@@ -1,6 +1,7 @@
 // Paths: from names, prefixes, tags and keys to nodes, and back to text.
 #include <algorithm>
 
+#include "platform/wire/nearest.h"
 #include "schema_impl.h"
 #include "text_rules.h"
 
@@ -10,6 +11,8 @@ namespace {
 [[noreturn]] void bad_path(const std::string& text) { throw Refusal(ErrorCode::badpath, text); }
 
 std::string quoted(std::string_view text) { return "\"" + one_line(text) + "\""; }
+
+std::string prefixed(const Node& top) { return top.prefix + ':' + top.name; }
 
 struct Name {
   std::string_view prefix;  // empty: none
@@ -22,14 +25,40 @@ Name split(std::string_view text) {
   return {text.substr(0, colon), text.substr(colon + 1)};
 }
 
+std::vector<std::string> names_of(const std::vector<const Node*>& nodes) {
+  std::vector<std::string> names;
+  names.reserve(nodes.size());
+  for (const Node* n : nodes) names.push_back(n->parent == nullptr ? prefixed(*n) : n->name);
+  return names;
+}
+
+// What there is instead of an unknown name.
+std::string instead_of(std::string_view wrong, const std::vector<const Node*>& nodes) {
+  const std::vector<std::string> names = names_of(nodes);
+  const std::string meant = nearest(wrong, names);
+  return (meant.empty() ? ": there is " : ": did you mean " + meant + "? There is ") +
+         listed(names);
+}
+
+// "{NAME}", the keys that a list needs.
+std::string key_form(const Node& list) {
+  std::string text;
+  for (const Node* key : list.keys) {
+    text += text.empty() ? '{' : ' ';
+    for (const char c : key->name) text += c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
+  }
+  return text + '}';
+}
+
 class Resolver {
  public:
-  explicit Resolver(const SchemaNodes& impl) : impl_(impl) {}
+  // `entries`: keys are read, and needed on the way; otherwise they are passed over.
+  Resolver(const SchemaNodes& impl, bool entries) : impl_(impl), entries_(entries) {}
 
   NodePath resolve(const Path& path) {
     for (const PathStep& step : path) {
       if (step.kind == PathStep::Kind::keys) {
-        keys(step);
+        if (entries_) keys(step);
       } else {
         element(step);
       }
@@ -44,13 +73,27 @@ class Resolver {
       return;
     }
     const Node& above = out_.node();
-    if (above.has_value()) bad_path(above.name + " has nothing below it");
-    if (above.kind == Node::Kind::list && !out_.is_entry()) {
-      bad_path("the list " + above.name + " needs keys before " + shown(step));
+    if (above.has_value())
+      bad_path(path_of(above) + " is a " + kind(above) + ": " + above.name +
+               " has nothing below it");
+    if (entries_ && above.kind == Node::Kind::list && !out_.is_entry()) {
+      bad_path("the list " + above.name + " needs keys before " + shown(step) + ": " +
+               path_of(above) + key_form(above) + "/...");
     }
     const Node* found = below(above, step);
-    if (found == nullptr) bad_path("unknown element " + shown(step) + " in " + above.name);
+    if (found == nullptr) unknown(above, step);
     out_.steps.push_back({found, {}});
+  }
+
+  static const char* kind(const Node& node) { return node.is_leaf() ? "leaf" : "leaf-list"; }
+
+  [[noreturn]] void unknown(const Node& above, const PathStep& step) const {
+    const std::string what = "unknown element " + shown(step) + " in " + path_of(above);
+    const auto choice = std::ranges::find(above.choices, step.name, &Choice::name);
+    if (choice == above.choices.end()) bad_path(what + instead_of(step.name, above.children));
+    std::string cases;
+    for (const Choice::Case& c : (*choice)->cases) cases += (cases.empty() ? "" : ", ") + c.name;
+    bad_path(what + ": it is a choice, which no path names; write one of " + cases);
   }
 
   static const Node* below(const Node& above, const PathStep& step) {
@@ -66,7 +109,9 @@ class Resolver {
     for (const Node* n : impl_.top) {
       if (matches(*n, step)) found.push_back(n);
     }
-    if (found.empty()) bad_path("unknown element " + shown(step));
+    if (found.empty()) {
+      bad_path("unknown element " + shown(step) + instead_of(step.name, impl_.top));
+    }
     if (found.size() == 1) return found.front();
     std::string choices;
     for (const Node* n : found) choices += (choices.empty() ? "" : ", ") + n->prefix;
@@ -110,9 +155,10 @@ class Resolver {
 
   static void require_count(const Node& node, std::size_t needed, std::size_t given) {
     if (needed == given) return;
-    throw Refusal(ErrorCode::badvalue, node.name + " takes " + std::to_string(needed) +
-                                           (needed == 1 ? " key" : " keys") + ", not " +
-                                           std::to_string(given));
+    std::string text = node.name + " takes " + std::to_string(needed) +
+                       (needed == 1 ? " key" : " keys") + ", not " + std::to_string(given);
+    if (node.kind == Node::Kind::list) text += ": " + path_of(node) + key_form(node);
+    throw Refusal(ErrorCode::badvalue, text);
   }
 
   // A tag by its name, where any node has it.
@@ -124,12 +170,25 @@ class Resolver {
   }
 
   const SchemaNodes& impl_;
+  bool entries_;
   NodePath out_;
 };
 
 }  // namespace
 
-NodePath Schema::resolve(const Path& path) const { return Resolver(*impl_).resolve(path); }
+std::string path_of(const Node& node) {
+  if (node.parent == nullptr) return '/' + prefixed(node);
+  return path_of(*node.parent) + '/' + node.name;
+}
+
+const Node* find_node(const SchemaNodes& nodes, const Path& path) {
+  const NodePath found = Resolver(nodes, false).resolve(path);
+  return found.empty() ? nullptr : &found.node();
+}
+
+NodePath Schema::resolve(const Path& path) const { return Resolver(*impl_, true).resolve(path); }
+
+const Node* Schema::find(const Path& path) const { return find_node(*impl_, path); }
 
 NodePath Schema::resolve(const Keypath& kp) const { return resolve(to_path(kp)); }
 
@@ -137,9 +196,7 @@ std::string Schema::to_text(const NodePath& path) const {
   if (path.empty()) return "/";
   std::string text;
   for (const auto& [node, keys] : path.steps) {
-    text += '/';
-    if (node->parent == nullptr) text += node->prefix + ":";
-    text += node->name;
+    text += '/' + (node->parent == nullptr ? prefixed(*node) : node->name);
     if (keys.empty()) continue;
     std::string words;
     for (std::size_t i = 0; i < keys.size(); ++i) {

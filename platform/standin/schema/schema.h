@@ -81,6 +81,7 @@ struct Node {
   const Node* validated = nullptr;    // carrier of `valpoint`
   const Node* stored_root = nullptr;  // carrier of `stored`
 
+  std::vector<const Node*> suggestions;  // annotated here: nodes whose values are natural here
   std::string description;
   std::string type_name;            // for people: "string", "enumeration", "ip-address"
   const lysc_node* lysc = nullptr;  // its `priv` is this Node
@@ -94,6 +95,9 @@ struct Node {
   const Node* child(std::string_view child_name) const;
   const Node* child(Tag child_tag) const;
 };
+
+// "/snmp:snmp/community/name": without keys.
+std::string path_of(const Node& node);
 
 // A node with the keys on the way to it.
 struct NodePath {
@@ -134,6 +138,9 @@ class Schema {
   // the way but the last element must have keys.
   NodePath resolve(const Path& path) const;
   NodePath resolve(const Keypath& kp) const;
+  // The node alone: keys may be missing, and are not read. Null for the root. Throws Refusal
+  // (badpath).
+  const Node* find(const Path& path) const;
   const Choice* find_choice(const Node& holder, std::string_view name) const;
 
   // "/snmp:snmp/community{public}/name": prefix on the first element, keys by label and quoted.

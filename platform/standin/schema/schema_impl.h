@@ -45,6 +45,11 @@ LoadedModules load_modules(const std::vector<std::string>& directories);
 // Throws std::runtime_error with one line for what the server cannot serve.
 void build_nodes(SchemaNodes& impl, const LoadedModules& loaded);
 
+// ---- resolve.cpp
+
+// The node that a path names, whatever keys it has; null for the root. Throws Refusal (badpath).
+const Node* find_node(const SchemaNodes& nodes, const Path& path);
+
 // ---- values.cpp
 
 // A value as it was read or checked, or why it was not: `reason` is empty for what is admitted and

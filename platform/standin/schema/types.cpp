@@ -99,7 +99,41 @@ std::uint64_t octets_of(std::uint64_t characters) {
                                                                  : (characters + 1) / 3;
 }
 
+// Lengths that the model gives a string or octets, in octets; none: any.
+using Sizes = std::vector<std::pair<std::uint64_t, std::uint64_t>>;
+constexpr auto kNoLimit = std::numeric_limits<std::uint64_t>::max();
+
+Sizes sizes_of(const Node& node) {
+  const auto* type = string_type(node);
+  Sizes sizes;
+  if (type == nullptr || type->length == nullptr) return sizes;
+  const auto* parts = type->length->parts;
+  for (std::size_t i = 0; i < LY_ARRAY_COUNT(parts); ++i) {
+    const bool hex = node.type == Type::binary;
+    sizes.emplace_back(hex ? octets_of(parts[i].min_u64) : parts[i].min_u64,
+                       hex ? octets_of(parts[i].max_u64) : parts[i].max_u64);
+  }
+  return sizes;
+}
+
+std::string size_text(const Sizes& sizes) {
+  std::string text;
+  for (const auto& [low, high] : sizes) text += (text.empty() ? "" : " or ") + interval(low, high);
+  return text;
+}
+
 }  // namespace
+
+std::string flowed(const char* text) {
+  std::string out;
+  for (const char* c = text == nullptr ? "" : text; *c != '\0'; ++c) {
+    const bool blank = *c == ' ' || *c == '\n' || *c == '\t' || *c == '\r';
+    if (!blank) out += *c;
+    if (blank && !out.empty() && out.back() != ' ') out += ' ';
+  }
+  if (out.ends_with(' ')) out.pop_back();
+  return out;
+}
 
 const lysc_type* libyang_type(const lysc_node* leaf) {
   return leaf->nodetype == LYS_LEAFLIST ? reinterpret_cast<const lysc_node_leaflist*>(leaf)->type
@@ -153,22 +187,34 @@ std::string requirement(const Node& node) {
 }
 
 std::string size_problem(const Node& node, std::size_t octets) {
-  const auto* type = string_type(node);
-  if (type == nullptr || type->length == nullptr) return {};
-  const auto* parts = type->length->parts;
-  std::string allowed;
-  std::uint64_t most = 0;
-  bool admitted = false;
-  for (std::size_t i = 0; i < LY_ARRAY_COUNT(parts); ++i) {
-    const bool hex = node.type == Type::binary;
-    const std::uint64_t low = hex ? octets_of(parts[i].min_u64) : parts[i].min_u64;
-    most = hex ? octets_of(parts[i].max_u64) : parts[i].max_u64;
-    admitted = admitted || (octets >= low && octets <= most);
-    allowed += (i == 0 ? "" : " or ") + interval(low, most);
-  }
-  if (admitted) return {};
-  if (most == std::numeric_limits<std::uint64_t>::max()) return "it is too short";
+  const Sizes sizes = sizes_of(node);
+  const auto fits = [octets](const auto& s) { return octets >= s.first && octets <= s.second; };
+  if (sizes.empty() || std::ranges::any_of(sizes, fits)) return {};
+  if (sizes.back().second == kNoLimit) return "it is too short";
+  const std::string allowed = size_text(sizes);
   return allowed + (allowed == "1" ? " octet is needed" : " octets are needed");
+}
+
+std::string admitted(const Node& node) {
+  if (node.type != Type::buf && node.type != Type::oid && node.type != Type::binary) {
+    constexpr std::string_view kNeeded = " is needed";
+    std::string text = requirement(node);
+    if (text.ends_with(kNeeded)) text.resize(text.size() - kNeeded.size());
+    return text;
+  }
+  std::string text;
+  const auto also = [&text](const std::string& part) { text += (text.empty() ? "" : "; ") + part; };
+  const Sizes sizes = sizes_of(node);
+  if (!sizes.empty() && sizes.back().second != kNoLimit) also(size_text(sizes) + " octets");
+  if (node.type == Type::binary) {
+    also("pairs of hexadecimal digits with colons between");
+    return text;
+  }
+  const auto* type = string_type(node);
+  for (std::size_t i = 0; type != nullptr && i < LY_ARRAY_COUNT(type->patterns); ++i) {
+    if (type->patterns[i]->emsg != nullptr) also(type->patterns[i]->emsg);
+  }
+  return text;
 }
 
 std::size_t pattern_count(const Node& node) {

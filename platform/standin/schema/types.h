@@ -9,6 +9,9 @@ namespace standin {
 
 const lysc_type* libyang_type(const lysc_node* leaf);
 
+// On one line: YANG texts are broken and indented as their file is. Null is no text.
+std::string flowed(const char* text);
+
 // Sets type, type_name and labels. `octets`: the leaf is annotated so; `oid`: a leaf type that
 // only object identifiers have, or null. Throws std::runtime_error for a type that no value of the
 // wire can hold.
@@ -21,6 +24,10 @@ std::string requirement(const Node& node);
 // Lengths of strings and octets, counted in octets. A string's length in the model bounds its
 // octets from above too. Empty when the size is admitted, else what is needed.
 std::string size_problem(const Node& node, std::size_t octets);
+
+// What a leaf admits, for people: "1 to 32 octets", "a whole number of 0 to 65535"; empty when
+// anything goes.
+std::string admitted(const Node& node);
 
 // Patterns of a string, those of the types that it is derived from included.
 std::size_t pattern_count(const Node& node);

@@ -179,7 +179,7 @@ Reading check_value(const ly_ctx* ctx, const Node& node, const Value& v) {
 Refusal refused_value(const Node& node, const Value& v, const Reading& reading) {
   std::string text = "invalid value ";
   if (!node.secret) text += "\"" + one_line(yang_text(node, v)) + "\" ";
-  text += "for " + node.name + ": " + reading.reason;
+  text += "for " + path_of(node) + ": " + reading.reason;
   return {reading.wrong_type ? ErrorCode::badtype : ErrorCode::badvalue, text};
 }
 
