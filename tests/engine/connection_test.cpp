@@ -103,12 +103,12 @@ TEST_F(Connections, RootIsNoNodeToAskAbout) {
   EXPECT_THROW(session.keys(at("/")), Refused);
   EXPECT_THROW(session.selected_case(at("/"), "params"), Refused);
   EXPECT_THROW(session.attributes(at("/")), Refused);
-  EXPECT_THROW(session.describe(at("/")), Refused);
   EXPECT_THROW(session.remove(at("/")), Refused);
   EXPECT_TRUE(session.exists(at("/")));
-  for (const char* so_far : {"/{", "/ ", "/{a} x"})
-    EXPECT_TRUE(session.complete(so_far).empty()) << so_far;
-  EXPECT_EQ(session.complete("//snmp:"), std::vector<std::string>{"snmp:snmp"});
+  using Wanted = NorthboundSession::Wanted;
+  for (const Wanted wanted : {Wanted::key, Wanted::value})
+    EXPECT_TRUE(session.complete(at("/"), wanted, {"a"}, "").empty());
+  EXPECT_EQ(session.describe(at("/")).children.back().name, "snmp:snmp");
   expect_serving();
 }
 

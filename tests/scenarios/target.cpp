@@ -160,7 +160,7 @@ TEST_F(Target, RefusalsNameTheReasonAndChangeNothing) {
   refused({"set " + target("t", "engine-id") + " 80:00:7e:d9"}, "engine-id");
   refused({"set " + target("t", "tag") + " \"two words\""}, "tag");
   refused({"set " + target("t", "tag") + " a b a"},
-          "invalid value \"a\" for tag: it stands there twice");
+          "invalid value \"a\" for /snmp:snmp/target/tag: it stands there twice");
   refused({"delete " + target("t", "engine-id")}, "not there");
   refused({"create " + target(std::string(33, 'x'))}, "name");
   refused({"delete " + target("t", "tls")}, "not there");

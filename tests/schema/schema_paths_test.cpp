@@ -87,7 +87,7 @@ TEST(SchemaPaths, TagOfAnotherModuleStandsForItsName) {
   EXPECT_THAT(refusal_of([&] {
                 product_schema().resolve(Path{element("confd_dyncfg:confdConfig"), tagged(name)});
               }),
-              HasSubstr("\"name\" in confdConfig"));
+              HasSubstr("\"name\" in /confd_dyncfg:confdConfig"));
 }
 
 TEST(SchemaPaths, TypedKeysMustHaveTheKeysType) {
