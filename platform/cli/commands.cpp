@@ -188,8 +188,13 @@ Outcome run_status(Context& context, const Call&) {
 Outcome run_complete(Context& context, const Call& call) {
   const std::string before = "set ";
   const std::string& text = call.operands.front();
-  const Typed typed = typed_before(before + text);
-  for (const Candidate& candidate : candidates(context.server, typed)) {
+  Typed typed = typed_before(before + text);
+  std::vector<Candidate> found = candidates(context.server, typed);
+  if (typed.kind == Typed::Kind::value) {
+    typed.kind = Typed::Kind::choice;  // which is what follows a path of `case`
+    std::ranges::move(candidates(context.server, typed), std::back_inserter(found));
+  }
+  for (const Candidate& candidate : found) {
     if (!candidate.word.starts_with(typed.word)) continue;
     context.out << text.substr(0, typed.start - before.size()) << quote_word(candidate.word)
                 << '\n';

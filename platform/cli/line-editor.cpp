@@ -17,6 +17,7 @@ namespace {
 
 constexpr int kMostRemembered = 1000;
 constexpr std::size_t kMostShown = 200;
+constexpr int kTick = 200;       // milliseconds; a signal just before the wait does not end it
 constexpr int kAbortSearch = 7;  // Ctrl-G
 
 // readline's functions have no argument for it.
@@ -69,9 +70,6 @@ int complete_here(int, int) {
 // Waits for a key. Ctrl-C gives up a search, or else the line.
 int read_key(FILE* stream) {
   for (;;) {
-    pollfd entry{::fileno(stream), POLLIN, 0};
-    const int ready = ::poll(&entry, 1, -1);
-    if (ready < 0 && errno != EINTR) return EOF;
     rl_check_signals();
     if (interrupt_pending()) {
       if (RL_ISSTATE(RL_STATE_ISEARCH | RL_STATE_NSEARCH)) return kAbortSearch;
@@ -79,6 +77,9 @@ int read_key(FILE* stream) {
       rl_replace_line("", 0);
       return '\n';
     }
+    pollfd entry{::fileno(stream), POLLIN, 0};
+    const int ready = ::poll(&entry, 1, kTick);
+    if (ready < 0 && errno != EINTR) return EOF;
     if (ready <= 0) continue;
     unsigned char key = 0;
     const ssize_t got = ::read(entry.fd, &key, 1);

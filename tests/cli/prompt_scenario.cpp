@@ -63,6 +63,7 @@ TEST_F(Prompt, TabCompletesFromTheCommandsTheModelAndTheData) {
   // Several: what they share, then the list.
   at->type("get /snmp:snmp/community{b\t");
   EXPECT_THAT(at->until("bx"), HasSubstr("\"branch office\""));
+  at->until("standin> get /snmp:snmp/community{b");
   at->type("\x03");
   at->until("standin> ");
   // A view's name, from the data that the model points at; an enumeration's label.
