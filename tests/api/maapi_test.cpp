@@ -225,16 +225,7 @@ TEST_F(Maapi, MoveTakesEverythingAndChangesNothingWhenRefused) {
   ASSERT_EQ(maapi_create(sock, th, USERS "{%x %x}", &a, &name), CONFD_OK);
   EXPECT_EQ(maapi_move(sock, th, to_b, 2, USERS "{%x %x}", &a, &name), CONFD_ERR);
   EXPECT_EQ(keys(USERS).size(), 2U);
-
-  // The clear text comes back with the installed keys only, and is not in what is stored.
-  char clear[256];
   EXPECT_EQ(printed(before).find("maple"), std::string::npos);
-  ASSERT_EQ(maapi_install_crypto_keys(sock), CONFD_OK);
-  const auto* text = reinterpret_cast<const char*>(CONFD_GET_BUFPTR(&before));
-  const int size = static_cast<int>(CONFD_GET_BUFSIZE(&before));
-  ASSERT_EQ(confd_decrypt(text, size, clear), 10) << confd_lasterr();
-  EXPECT_EQ(std::string(clear, 10), "maplesyrup");
-  EXPECT_LT(confd_decrypt("maplesyrup", 10, clear), 0);
   confd_free_value(&before);
   confd_free_value(&after);
 }
@@ -261,48 +252,6 @@ TEST_F(Maapi, CursorKeepsTheLastKeyNotAPosition) {
   }
   maapi_destroy_cursor(&cursor);
   EXPECT_EQ(seen, "abce");
-}
-
-TEST_F(Maapi, TypedReadsAndTextBuffers) {
-  const std::string engine_id = "/snmp:snmp/agent/engine-id";
-  // A stored subtree is read without any daemon; the initial file is how it gets there without one.
-  const std::string init = write_file("init.json", R"({"snmp:snmp": {"agent": {"engine-id": {
-      "enterprise-number": 32473, "from-text": "abc"}}}})");
-  session_.reset();
-  server_.reset();
-  std::filesystem::remove_all(file("db"));
-  start_server({"--init", init});
-  session_ = session(NorthboundSession::Access::none);
-  session_->start();
-  session_ = session();
-  ::close(sock);
-  attach();
-  u_int32_t number = 0;
-  EXPECT_EQ(
-      maapi_get_u_int32_elem(sock, th, &number, "/snmp:snmp/agent/engine-id/enterprise-number"),
-      CONFD_OK)
-      << confd_lasterr();
-  EXPECT_EQ(number, 32473U);
-  confd_value_t method;
-  ASSERT_EQ(maapi_get_case(sock, th, "method", &method, "/snmp:snmp/agent/engine-id"), CONFD_OK);
-  EXPECT_EQ(CONFD_GET_XMLTAG(&method), standin::tag_number("from-text"));
-  unsigned char* text = nullptr;
-  int size = 0;
-  ASSERT_EQ(maapi_get_buf_elem(sock, th, &text, &size, "/snmp:snmp/agent/engine-id/from-text"),
-            CONFD_OK);
-  EXPECT_EQ(std::string(reinterpret_cast<char*>(text), static_cast<std::size_t>(size)), "abc");
-  std::free(text);
-  char small[4], smaller[3];
-  EXPECT_EQ(maapi_get_str_elem(sock, th, small, 4, "/snmp:snmp/agent/engine-id/from-text"),
-            CONFD_OK);
-  EXPECT_STREQ(small, "abc");
-  EXPECT_EQ(maapi_get_str_elem(sock, th, smaller, 3, "/snmp:snmp/agent/engine-id/from-text"),
-            CONFD_ERR);
-  EXPECT_EQ(confd_errno, CONFD_ERR_TOO_LONG);
-  EXPECT_EQ(
-      maapi_get_binary_elem(sock, th, &text, &size, "/snmp:snmp/agent/engine-id/from-mac-address"),
-      CONFD_ERR);
-  EXPECT_EQ(confd_errno, CONFD_ERR_NOEXISTS);
 }
 
 int collect(confd_hkeypath_t* kp, confd_value_t* v, void* state) {

@@ -27,36 +27,6 @@ TEST_F(Transactions, OnlyACommitReachesOthers) {
   EXPECT_THROW(reader.set(at(kSysName), {"three"}), Refused);
 }
 
-TEST_F(Transactions, SlowerOfTwoWritersIsRefusedAndMayTryAgain) {
-  struct Case {
-    const char* what;
-    std::string fast, slow;
-    bool slow_reads_first, conflict;
-  };
-  const Case cases[] = {{"same leaf", kSysName, kSysName, false, true},
-                        {"other leaves", kSysName, kSysContact, false, false},
-                        {"read by the slower", kSysName, kSysContact, true, true}};
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.what);
-    NorthboundSession fast(port(), "fast", Access::write), slow(port(), "slow", Access::write);
-    if (c.slow_reads_first) slow.get(at(c.fast));
-    slow.set(at(c.slow), {"slow"});
-    fast.set(at(c.fast), {"fast"});
-    fast.commit();
-    try {
-      slow.commit();
-      EXPECT_FALSE(c.conflict);
-    } catch (const Refused& e) {
-      EXPECT_TRUE(c.conflict);
-      EXPECT_EQ(e.code, ErrorCode::conflict);
-      slow.abort();
-      slow.set(at(c.slow), {"slow"});
-      slow.commit();
-    }
-    EXPECT_EQ(text_of(fast, c.slow), "slow");
-  }
-}
-
 TEST_F(Transactions, DiffNamesWhatEndsOtherwiseThanItBegan) {
   NorthboundSession session(port(), "test", Access::write);
   session.set(at(kSysName), {"before"});
@@ -73,42 +43,6 @@ TEST_F(Transactions, DiffNamesWhatEndsOtherwiseThanItBegan) {
   session.set(at(kSysName), {"before"});
   session.remove(at(kSysContact));
   EXPECT_TRUE(session.diff().empty());
-}
-
-TEST_F(Transactions, RowsComeInPiecesWithTheirLeaves) {
-  RawClient client(port(), SocketKind::maapi, "test");
-  const std::uint64_t handle = client.maapi(std::move(message(Op::nb_open).put(true))).number();
-  const std::string table =
-      "/SNMP_NOTIFICATION_MIB:SNMP-NOTIFICATION-MIB/snmpNotifyTable/snmpNotifyEntry";
-  for (const char* key : {"b", "a", "c"})
-    client.request(std::move(message(Op::create).put(handle).put(at(table + "{" + key + "}"))));
-  std::vector<std::string> seen;
-  bool end = false;
-  std::optional<Level> last;
-  while (!end) {
-    FrameWriter frame = message(Op::next_rows);
-    frame.put(handle).put(at(table));
-    if (last)
-      frame.put(*last);
-    else
-      frame.put_nil();
-    frame.put(std::uint64_t{2}).put(true);
-    FrameReader in = client.maapi(frame);
-    end = in.boolean();
-    for (std::size_t rows = in.array(); rows > 0; --rows) {
-      in.array();
-      last = in.level();
-      seen.push_back(to_text(last->front()));
-      const std::size_t leaves = in.array();
-      EXPECT_GE(leaves, 1U);
-      for (std::size_t i = 0; i < leaves; ++i) {
-        in.array();
-        in.value();
-        in.value();
-      }
-    }
-  }
-  EXPECT_EQ(seen, (std::vector<std::string>{"a", "b", "c"}));
 }
 
 TEST_F(Transactions, InitialConfigurationIsOpenUntilItIsStarted) {
@@ -139,17 +73,6 @@ TEST_F(Transactions, InitialConfigurationIsOpenUntilItIsStarted) {
   EXPECT_EQ(text_of(session, kSysContact), "daemon");
   EXPECT_THROW(get(kSysName), Refused);
   EXPECT_THROW(daemon.maapi(message(Op::attach_init)), Refused);
-
-  serve(std::chrono::seconds(5), file);
-  NorthboundSession again(port(), "test", Access::read);
-  EXPECT_EQ(again.status().phase, 2U);
-  EXPECT_EQ(text_of(again, kSysName), "initial");
-}
-
-TEST_F(Transactions, InitialFileWithWhatDaemonsServeIsRefused) {
-  const std::string file = directory() + "/init.json";
-  std::ofstream(file) << R"({"snmp:snmp": {"community": [{"index": "public"}]}})";
-  EXPECT_THROW(serve(std::chrono::seconds(5), file), std::runtime_error);
 }
 
 }  // namespace

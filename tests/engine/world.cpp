@@ -29,17 +29,6 @@ Deadline patience() { return std::chrono::steady_clock::now() + kPatience; }
 
 }  // namespace
 
-TempDirectory::TempDirectory() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "engine-XXXXXX").string();
-  if (!::mkdtemp(pattern.data())) throw std::runtime_error("no directory for the test");
-  path_ = pattern;
-}
-
-TempDirectory::~TempDirectory() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
-
 FrameWriter message(Op op) {
   FrameWriter out;
   out.put(std::uint64_t{static_cast<std::uint16_t>(op)});
@@ -123,18 +112,14 @@ FrameWriter reply(ReplyKind kind) {
 FrameWriter reply(const Value& v) { return std::move(reply(ReplyKind::value).put(v)); }
 
 ScriptedDaemon::ScriptedDaemon(std::uint16_t port, const std::string& name,
-                               const std::vector<std::string>& callpoints, Script script,
-                               const std::vector<std::string>& valpoints)
+                               const std::string& callpoint, Script script)
     : control_(port, SocketKind::control, name),
       worker_(port, SocketKind::worker, name, control_.id()),
       maapi_(port, SocketKind::maapi, name),
       script_(std::move(script)) {
   FrameWriter registration = message(Op::register_daemon);
-  registration.array(callpoints.size());
-  for (const std::string& point : callpoints)
-    registration.array(2).put(point).put(std::uint64_t{0x3ff});
-  registration.put(valpoints).put(std::uint64_t{0xf});
-  control_.request(registration);
+  registration.array(1).array(2).put(callpoint).put(std::uint64_t{0x3ff});
+  control_.request(registration.put(std::vector<std::string>{}).put(std::uint64_t{0xf}));
   thread_ = std::thread([this] { run(); });
 }
 
@@ -169,18 +154,10 @@ bool ScriptedDaemon::serve(RawClient& socket) {
     changed_.notify_all();
   }
   if (op < Op::cb_exists_optional) {
-    if (op == Op::trans_init) attach(handle);
+    if (op == Op::trans_init) maapi_.request(std::move(message(Op::attach).put(handle)));
     return socket.send(std::move(success().put(std::uint64_t{0})).take());
   }
-  in.number();
-  in.text();
-  const Keypath path = in.keypath();
-  FrameWriter out = script_(op, handle, path, in);
-  return socket.send(out.take());
-}
-
-void ScriptedDaemon::attach(std::uint64_t handle) {
-  maapi_.request(std::move(message(Op::attach).put(handle)));
+  return socket.send(script_(op, handle).take());
 }
 
 std::string ScriptedDaemon::get(std::uint64_t handle, const std::string& path) {

@@ -15,23 +15,11 @@
 #include "platform/standin/engine/server.h"
 #include "platform/wire/frame.h"
 #include "platform/wire/messages.h"
+#include "tests/store/temp_dir.h"
 
 namespace standin {
 
 inline constexpr std::chrono::seconds kPatience{60};
-
-// A directory that goes with its owner.
-class TempDirectory {
- public:
-  TempDirectory();
-  ~TempDirectory();
-  TempDirectory(const TempDirectory&) = delete;
-  TempDirectory& operator=(const TempDirectory&) = delete;
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
 
 // Starts as most messages do.
 FrameWriter message(Op op);
@@ -85,18 +73,13 @@ struct Call {
 // One thread serves its control and worker socket, as a daemon's does.
 class ScriptedDaemon {
  public:
-  // Answers a callback; `in` stands behind the keypath.
-  using Script =
-      std::function<FrameWriter(Op, std::uint64_t handle, const Keypath&, FrameReader& in)>;
+  using Script = std::function<FrameWriter(Op, std::uint64_t handle)>;  // answers a callback
 
-  ScriptedDaemon(std::uint16_t port, const std::string& name,
-                 const std::vector<std::string>& callpoints, Script script,
-                 const std::vector<std::string>& valpoints = {});
+  ScriptedDaemon(std::uint16_t port, const std::string& name, const std::string& callpoint,
+                 Script script);
   ~ScriptedDaemon();
 
-  // MAAPI connection of its own; attach() to the handle first.
-  RawClient& maapi() { return maapi_; }
-  void attach(std::uint64_t handle);
+  // Calls of its own, in the transaction of the callback that runs.
   std::string get(std::uint64_t handle, const std::string& path);
   void set(std::uint64_t handle, const std::string& path, const std::string& text);
 
@@ -135,7 +118,7 @@ class ServerTest : public ::testing::Test {
   using Access = NorthboundSession::Access;
 
  private:
-  TempDirectory directory_;
+  TempDir directory_;
   std::unique_ptr<Engine> engine_;
   std::unique_ptr<Server> server_;
   std::unique_ptr<Descriptor> stop_;

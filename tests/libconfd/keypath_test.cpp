@@ -104,35 +104,30 @@ TEST_F(KeypathPrint, TagsPrintByNameOrNumber) {
   EXPECT_STREQ(confd_xmltag2str(7, 0), "0");
 }
 
-std::string triple(const char* a, const char* b, int model = 3) {
-  confd_value_t v[3];
-  CONFD_SET_INT32(&v[0], model);
-  CONFD_SET_BUF(&v[1], a, std::strlen(a));
-  CONFD_SET_BUF(&v[2], b, std::strlen(b));
-  char buf[200];
-  EXPECT_GE(confd_format_keypath(buf, sizeof buf, "%x;%x;%x", &v[0], &v[1], &v[2]), 0);
-  return buf;
-}
-
 TEST(FormatKeypath, ValuesNeverRunIntoEachOther) {
-  EXPECT_EQ(triple("alice", "admins"), "3;alice;admins");
-  EXPECT_EQ(triple("two words", "a"), "3;two words;a");
-  EXPECT_EQ(triple("a;b", "c"), "3;\"a;b\";c");
-  EXPECT_EQ(triple("a", "b;c"), "3;a;\"b;c\"");
-  EXPECT_EQ(triple("", "\"\""), "3;\"\";\"\\\"\\\"\"");
-  EXPECT_EQ(triple("\\", "%s%n"), "3;\"\\\\\";%s%n");
+  const struct {
+    const char *a, *b, *text;
+  } cases[] = {{"alice", "admins", "3;alice;admins"},
+               {"two words", "b;c", "3;two words;\"b;c\""},
+               {"", "\"\"", "3;\"\";\"\\\"\\\"\""},
+               {"\\", "%s%n", "3;\"\\\\\";%s%n"}};
+  for (const auto& c : cases) {
+    confd_value_t v[3];
+    CONFD_SET_INT32(&v[0], 3);
+    CONFD_SET_BUF(&v[1], c.a, std::strlen(c.a));
+    CONFD_SET_BUF(&v[2], c.b, std::strlen(c.b));
+    char buf[200];
+    confd_format_keypath(buf, sizeof buf, "%x;%x;%x", &v[0], &v[1], &v[2]);
+    EXPECT_STREQ(buf, c.text);
+  }
 }
 
-TEST(FormatKeypath, OtherConversionsGiveTheirText) {
-  char buf[60];
+TEST(FormatKeypath, OtherConversionsGiveTheirTextCutToTheBuffer) {
+  char buf[17];
   confd_value_t key;
   CONFD_SET_STR(&key, "a b");
-  EXPECT_EQ(confd_format_keypath(buf, sizeof buf, "/%s{%x}/%d%%", "list", &key, -4), 16);
+  EXPECT_EQ(confd_format_keypath(buf, 17, "/%s{%x}/%d%%", "list", &key, -4), 16);
   EXPECT_STREQ(buf, "/list{\"a b\"}/-4%");
-}
-
-TEST(FormatKeypath, ShortBufferGivesCutTextAndWholeLength) {
-  char buf[4];
   EXPECT_EQ(confd_format_keypath(buf, 4, "%s", "abcdef"), 6);
   EXPECT_STREQ(buf, "abc");
   EXPECT_EQ(confd_format_keypath(buf, 4, nullptr), 0);

@@ -118,58 +118,38 @@ class ReadAheadTest : public DaemonFixture {
   Socket maapi_, other_;
 };
 
-TEST_F(ReadAheadTest, WalkWithAColumnCostsFewFrames) {
-  fill(300);
-  inside([&] {
-    Cursor c(maapi_);
-    int rows = 0;
-    for (std::string key = c.next(); !key.empty(); key = c.next(), ++rows)
-      EXPECT_EQ(leaf(key), "v" + key);
-    EXPECT_EQ(rows, 300);
-    EXPECT_EQ(c.next(), "");
-  });
-  EXPECT_LE(table_->requests.size(), 10u);
-  EXPECT_EQ(table_->count(Op::get_elem), 0u);
-}
-
-TEST_F(ReadAheadTest, ColumnAfterAWalkOfKeysCostsOneLook) {
-  fill(300);
-  inside([&] {
-    for (const bool columns : {false, true}) {
-      Cursor c(maapi_);
-      int rows = 0;
-      for (std::string key = c.next(); !key.empty(); key = c.next(), ++rows) {
-        if (columns) {
-          EXPECT_EQ(leaf(key), "v" + key);
+TEST_F(ReadAheadTest, WalksAndTheirColumnsCostFewFrames) {
+  const struct {
+    const char* what;
+    bool behind_daemon;
+    std::vector<bool> walks;  // each with its column read, or not
+    std::size_t requests, single_reads;
+  } cases[] = {{"a column after keys alone", false, {false, true}, 20, 1},
+               {"a column", false, {true}, 10, 0},
+               {"nothing changed in between", false, {true, true}, 10, 0},
+               {"leaves that a daemon answers one by one", true, {true}, 310, 300}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    ++table_->changes;
+    table_->requests.clear();
+    fill(300);
+    table_->behind_daemon = c.behind_daemon;
+    for (const bool column : c.walks) {
+      inside([&] {
+        Cursor cursor(maapi_);
+        int rows = 0;
+        for (std::string key = cursor.next(); !key.empty(); key = cursor.next(), ++rows) {
+          if (column) {
+            EXPECT_EQ(leaf(key), "v" + key);
+          }
         }
-      }
-      EXPECT_EQ(rows, 300);
+        EXPECT_EQ(rows, 300);
+        EXPECT_EQ(cursor.next(), "");
+      });
     }
-  });
-  EXPECT_LE(table_->requests.size(), 20u);
-  EXPECT_EQ(table_->count(Op::get_elem), 1u);
-}
-
-TEST_F(ReadAheadTest, ListBehindADaemonIsWalkedOnceThoughItsLeavesAreRead) {
-  fill(30);
-  table_->behind_daemon = true;
-  inside([&] {
-    Cursor c(maapi_);
-    for (std::string key = c.next(); !key.empty(); key = c.next()) EXPECT_EQ(leaf(key), "v" + key);
-  });
-  EXPECT_LE(table_->count(Op::next_rows), 3u);
-}
-
-TEST_F(ReadAheadTest, UnchangedTransactionServesTheNextWalkToo) {
-  fill(5);
-  const auto walk = [&] {
-    Cursor c(maapi_);
-    for (int i = 0; i < 5; ++i) EXPECT_NE(c.next(), "");
-    EXPECT_EQ(c.next(), "");
-  };
-  inside(walk);
-  inside(walk);
-  EXPECT_EQ(table_->requests.size(), 1u);
+    EXPECT_LE(table_->requests.size(), c.requests);
+    EXPECT_EQ(table_->count(Op::get_elem), c.single_reads);
+  }
 }
 
 TEST_F(ReadAheadTest, OwnWriteOnAnySocketMakesItStale) {

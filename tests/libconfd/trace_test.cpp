@@ -19,9 +19,14 @@ class TraceTest : public DaemonFixture {
   TraceTest() : DaemonFixture([](Op, FrameReader&) { return ok_answer().take(); }) {}
   ~TraceTest() override { confd_init("t", nullptr, CONFD_SILENT); }
 
+  void SetUp() override {
+    DaemonFixture::SetUp();
+    ASSERT_EQ(maapi_connect(maapi_, peer_.address(), Peer::address_size()), CONFD_OK);
+    begin(kHandle);
+  }
+
   // One callback with a refused call inside and a password in its value.
   void work() {
-    begin(kHandle);
     on_create = [this](confd_trans_ctx* t, confd_hkeypath_t*) {
       confd_value_t form;
       const std::string encrypted = encrypt_text("hunter2", std::string(kKeyOctets, 'k'));
@@ -41,7 +46,6 @@ class TraceTest : public DaemonFixture {
     std::size_t size = 0;
     FILE* stream = open_memstream(&text, &size);
     confd_init("t", stream, level);
-    EXPECT_EQ(maapi_connect(maapi_, peer_.address(), Peer::address_size()), CONFD_OK);
     work();
     confd_init("t", nullptr, CONFD_SILENT);
     std::fclose(stream);
@@ -53,28 +57,24 @@ class TraceTest : public DaemonFixture {
   Socket maapi_;
 };
 
-TEST_F(TraceTest, SilentWritesNothing) { EXPECT_EQ(traced(CONFD_SILENT), ""); }
-
-TEST_F(TraceTest, DebugWritesErrorsOnly) {
-  const std::string out = traced(CONFD_DEBUG);
-  EXPECT_NE(out.find("error 4"), std::string::npos) << out;
-  EXPECT_EQ(out.find("transaction"), std::string::npos) << out;
-  EXPECT_EQ(out.back(), '\n');
-}
-
-TEST_F(TraceTest, TraceWritesALineForEachCallback) {
-  const std::string out = traced(CONFD_TRACE);
-  EXPECT_NE(out.find("create transaction 3"), std::string::npos) << out;
-  EXPECT_NE(out.find("refused"), std::string::npos) << out;
-  EXPECT_EQ(out.find("octets"), std::string::npos) << out;
-}
-
-TEST_F(TraceTest, ProtocolWritesFramesButNoSecrets) {
-  const std::string out = traced(CONFD_PROTO_TRACE);
-  EXPECT_NE(out.find("set_elem transaction 3 /a:b{***}/password"), std::string::npos) << out;
-  EXPECT_NE(out.find("octets"), std::string::npos) << out;
-  EXPECT_EQ(out.find("hunter2"), std::string::npos) << out;
-  EXPECT_EQ(out.find("$8$"), std::string::npos) << out;
+TEST_F(TraceTest, EachLevelWritesItsLinesAndNoSecrets) {
+  const struct {
+    confd_debug_level level;
+    const char *has, *has_not;
+  } cases[] = {
+      {CONFD_DEBUG, "error 4", "transaction"},
+      {CONFD_TRACE, "create transaction 3", "octets"},
+      {CONFD_TRACE, "refused", "octets"},
+      {CONFD_PROTO_TRACE, "set_elem transaction 3 /a:b{***}/password", "hunter2"},
+      {CONFD_PROTO_TRACE, "octets", "$8$"},
+  };
+  for (const auto& c : cases) {
+    const std::string out = traced(c.level);
+    EXPECT_NE(out.find(c.has), std::string::npos) << out;
+    EXPECT_EQ(out.find(c.has_not), std::string::npos) << out;
+    EXPECT_EQ(out.back(), '\n');
+  }
+  EXPECT_EQ(traced(CONFD_SILENT), "");
 }
 
 TEST_F(TraceTest, FullPipeIsNotWaitedFor) {
@@ -85,7 +85,6 @@ TEST_F(TraceTest, FullPipeIsNotWaitedFor) {
   ASSERT_EQ(::write(ends[1], full.data(), full.size()), 4096);
   std::unique_ptr<FILE, int (*)(FILE*)> stream(::fdopen(ends[1], "w"), std::fclose);
   confd_init("t", stream.get(), CONFD_PROTO_TRACE);
-  ASSERT_EQ(maapi_connect(maapi_, peer_.address(), Peer::address_size()), CONFD_OK);
   work();
   EXPECT_EQ(::fcntl(ends[1], F_GETFL) & O_NONBLOCK, 0);  // the flags are the others' too
   // Once somebody reads, whole lines go on.

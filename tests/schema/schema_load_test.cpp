@@ -22,50 +22,6 @@ std::vector<std::string> names(const std::vector<const Node*>& nodes) {
   return out;
 }
 
-TEST(SchemaNodes, TypesTravelAsTheDaemonExpects) {
-  const std::string kCommunity =
-      "/SNMP_COMMUNITY_MIB:SNMP-COMMUNITY-MIB/snmpCommunityTable/snmpCommunityEntry{a}/";
-  const std::string kTarget = "/SNMP-TARGET-MIB/snmpTargetAddrTable/snmpTargetAddrEntry{a}/";
-  const std::string kAgent = "/confd_dyncfg:confdConfig/snmpAgent/";
-  const std::vector<std::pair<std::string, Type>> kTypes = {
-      {kCommunity + "snmpCommunityName", Type::buf},
-      {kCommunity + "snmpCommunityContextEngineID", Type::binary},
-      {kTarget + "snmpTargetAddrTDomain", Type::oid},
-      {kTarget + "snmpTargetAddrTAddress", Type::binary},
-      {kTarget + "snmpTargetAddrTimeout", Type::int32},
-      {kTarget + "snmpTargetAddrStorageType", Type::enumeration},
-      {kAgent + "enabled", Type::boolean},
-      {kAgent + "ip", Type::ipv4},
-      {kAgent + "port", Type::uint16},
-      {kAgent + "snmpEngine/snmpEngineMaxMessageSize", Type::uint64},
-      {"/snmp:snmp/agent/version/v2c", Type::xmltag},
-      {"/snmp:snmp/agent/engine-id/enterprise-number", Type::uint32},
-      {"/snmp:snmp/target{a}/retries", Type::uint8},
-      {"/snmp:snmp/vacm/view{a}/subtree{1}/oid", Type::buf},
-  };
-  for (const auto& [path, type] : kTypes) EXPECT_EQ(node_at(path).type, type) << path;
-}
-
-TEST(SchemaNodes, ParamsRowHasTheSixColumnsFirst) {
-  const Node& row = node_at("/SNMP-TARGET-MIB/snmpTargetParamsTable/snmpTargetParamsEntry");
-  EXPECT_THAT(names(row.children),
-              ElementsAre("snmpTargetParamsName", "snmpTargetParamsMPModel",
-                          "snmpTargetParamsSecurityModel", "snmpTargetParamsSecurityName",
-                          "snmpTargetParamsSecurityLevel", "snmpTargetParamsStorageType"));
-}
-
-TEST(SchemaNodes, KeysStandInTheOrderOfTheKeyStatement) {
-  const std::vector<std::pair<std::string, std::vector<std::string>>> kKeys = {
-      {"/SNMP-VIEW-BASED-ACM-MIB/vacmAccessTable/vacmAccessEntry",
-       {"vacmGroupName", "vacmAccessContextPrefix", "vacmAccessSecurityModel",
-        "vacmAccessSecurityLevel"}},
-      {"/SNMP-USER-BASED-SM-MIB/usmUserTable/usmUserEntry", {"usmUserEngineID", "usmUserName"}},
-      {"/snmp/vacm/group{g}/access", {"context", "sec-model", "sec-level"}},
-      {"/snmp/agent/extra-ip-port", {"ip", "port"}},
-  };
-  for (const auto& [path, keys] : kKeys) EXPECT_EQ(names(node_at(path).keys), keys) << path;
-}
-
 TEST(SchemaNodes, PresenceIsOnlyWhatTheModelSays) {
   using Kind = Node::Kind;
   const std::string kUser = "/snmp/usm/local/user{u}/";
@@ -152,46 +108,6 @@ TEST(SchemaNodes, KeysAndPasswordsAreSecret) {
   EXPECT_TRUE(node_at(kRow + "usm-crypto/auth/password").encrypted);
   EXPECT_FALSE(node_at(kUser + "auth/sha/password").encrypted);
   EXPECT_FALSE(node_at(kRow + "usmUserName").secret);
-}
-
-TEST(SchemaChoices, CasesHoldTheirNodes) {
-  using Cases = std::map<std::string, std::vector<std::string>>;
-  struct Case {
-    std::string holder, choice;
-    bool mandatory;
-    Cases cases;
-  };
-  const std::string kUser = "/snmp/usm/local/user{u}/";
-  const std::vector<Case> kCases = {
-      {"/snmp/target{a}", "params", true, {{"v1", {"v1"}}, {"v2c", {"v2c"}}, {"usm", {"usm"}}}},
-      {"/snmp/target{a}", "secure-transport", false, {{"tls", {"tls"}}, {"dtls", {"dtls"}}}},
-      {kUser + "auth", "protocol", true, {{"md5", {"md5"}}, {"sha", {"sha"}}}},
-      {kUser + "priv", "protocol", true, {{"des", {"des"}}, {"aes", {"aes"}}}},
-      {kUser + "priv/des", "key-type", true, {{"key", {"key"}}, {"password", {"password"}}}},
-      {"/snmp/vacm/view{v}/subtree{1}",
-       "type",
-       true,
-       {{"included", {"included"}}, {"excluded", {"excluded"}}}},
-      {"/snmp/agent/engine-id",
-       "method",
-       false,
-       {{"from-ip", {"from-ip"}},
-        {"from-mac-address", {"from-mac-address"}},
-        {"from-text", {"from-text"}},
-        {"other", {"other"}}}},
-  };
-  for (const auto& c : kCases) {
-    const Node& holder = node_at(c.holder);
-    const Choice* choice = product_schema().find_choice(holder, c.choice);
-    ASSERT_NE(choice, nullptr) << c.holder << ' ' << c.choice;
-    EXPECT_EQ(choice->holder, &holder);
-    EXPECT_EQ(choice->mandatory, c.mandatory) << c.choice;
-    Cases found;
-    for (const auto& each : choice->cases) found[each.name] = names(each.nodes);
-    EXPECT_EQ(found, c.cases);
-  }
-  EXPECT_EQ(node_at("/snmp/target{a}/v2c").case_name, "v2c");
-  EXPECT_EQ(node_at("/snmp/target{a}/v2c/sec-name").choice, nullptr);
 }
 
 TEST(SchemaCompact, ParentsComeFirstAndChoicesStandBetween) {

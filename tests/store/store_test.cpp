@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <csignal>
@@ -119,44 +118,6 @@ TEST(Store, FilesThatAreNotThisDatabaseAreRefusedAndLeftAlone) {
   }
   EXPECT_THAT(refusal_of([&] { Store::open(dir / "text/db"); }), HasSubstr("Not a directory"));
   EXPECT_THAT(refusal_of([&] { Store::open(dir / "nowhere/db"); }), HasSubstr("No such file"));
-}
-
-// A limit on the size of files stands for a disk that is full.
-class SizeLimit {
- public:
-  explicit SizeLimit(rlim_t octets) {
-    handler_ = std::signal(SIGXFSZ, SIG_IGN);
-    getrlimit(RLIMIT_FSIZE, &old_);
-    const rlimit now{octets, old_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &now);
-  }
-  ~SizeLimit() {
-    setrlimit(RLIMIT_FSIZE, &old_);
-    std::signal(SIGXFSZ, handler_);
-  }
-  SizeLimit(const SizeLimit&) = delete;
-  SizeLimit& operator=(const SizeLimit&) = delete;
-
- private:
-  rlimit old_{};
-  void (*handler_)(int) = nullptr;
-};
-
-TEST(Store, BatchThatCannotBeWrittenLeavesNothingAndTheNextOneIsTaken) {
-  const TempDir dir;
-  const auto store = Store::open(dir / "db");
-  store->apply(numbered_batch(1));
-  Batch large = numbered_batch(2);
-  for (int i = 0; i < 100; ++i) large["x" + std::to_string(i)] = std::string(10000, 'x');
-  {
-    const SizeLimit limit(200000);
-    EXPECT_THAT(refusal_of([&] { store->apply(large); }),
-                HasSubstr("cannot write the database " + (dir / "db")));
-  }
-  EXPECT_EQ(store->seek("record"), Record("record0", "1"));
-  EXPECT_EQ(store->seek("x"), std::nullopt);
-  store->apply(large);
-  EXPECT_EQ(store->get(record_key(0)), "2");
 }
 
 // The child applies batches for ever and reports each on the pipe when the store has taken it.

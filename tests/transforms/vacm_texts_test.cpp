@@ -15,8 +15,6 @@ std::string key(int model, const std::string& name, const std::string& group) {
   return conflict_key(int32_value(model), buf_value(name), buf_value(group));
 }
 
-TEST(ConflictKey, PlainNamesAreJoined) { EXPECT_EQ(key(3, "alice", "admins"), "3;alice;admins"); }
-
 TEST(ConflictKey, TwoTriplesNeverGiveOneText) {
   const std::string names[] = {"a", "a;b", "b", ";", "\"a\"", "\"", "\\", "a;\"b", "", "a\";\"b"};
   std::vector<std::string> keys;
@@ -54,28 +52,6 @@ TEST(SecurityModel, ConvertsLabelledModelsOnly) {
   EXPECT_EQ(text.type, C_BUF);
   tr_sec_model_to_mib(nullptr);
   tr_sec_model_to_yang(nullptr);
-}
-
-TEST(ViewSubtree, TextGoesToOidAndMaskAndBack) {
-  Value oid, mask;
-  const std::string text = "1.3.6.1.2.1.1.1.*";
-  ASSERT_EQ(get_mib_oids(buf_value(text), oid, mask), 0);
-  ASSERT_EQ(oid->type, C_OID);
-  EXPECT_EQ(CONFD_GET_OID(oid.get())->len, 9);
-  ASSERT_EQ(CONFD_GET_BINARY_SIZE(mask.get()), 2U);
-  EXPECT_EQ(CONFD_GET_BINARY_PTR(mask.get())[0], 0xff);
-  EXPECT_EQ(CONFD_GET_BINARY_PTR(mask.get())[1], 0x00);
-  const Value back = oid_to_subtree_text(*oid);
-  EXPECT_TRUE(confd_val_eq(back.get(), Value::copy_of(buf_value(text)).get()));
-}
-
-TEST(ViewSubtree, UnusableInputGivesNothing) {
-  Value oid, mask;
-  ASSERT_EQ(get_mib_oids(buf_value("1"), oid, mask), 0);
-  EXPECT_EQ(get_mib_oids(buf_value("1.0"), oid, mask), -1);
-  EXPECT_EQ(oid->type, C_NOEXISTS);
-  EXPECT_EQ(mask->type, C_NOEXISTS);
-  EXPECT_EQ(oid_to_subtree_text(int32_value(1))->type, C_NOEXISTS);
 }
 
 TEST(ViewSubtree, OidThatPrintsTooLongHasNoText) {

@@ -43,10 +43,6 @@ TEST(PathText, WellFormedTextGivesItsSteps) {
   for (const auto& [text, expected] : cases) EXPECT_EQ(shape(parse_path(text)), expected) << text;
 }
 
-TEST(PathText, KeysAreTextStillToBeRead) {
-  EXPECT_EQ(parse_path("/a{5}")[1].keys, Level{Value::text("5")});
-}
-
 TEST(PathText, MalformedTextIsRefusedWithItsPlace) {
   const std::pair<const char*, const char*> cases[] = {
       {"", "no slash at the beginning of the path at character 1"},
@@ -112,19 +108,10 @@ TEST(CommandLine, RefusalDoesNotRepeatTheLine) {
 }
 
 TEST(QuoteWord, QuotesOnlyWhatNeedsThem) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"plain/1:2%s", "plain/1:2%s"},
-      {"", R"("")"},
-      {"a b", R"("a b")"},
-      {"a\tb", "\"a\tb\""},
-      {"{", R"("{")"},
-      {"}", R"("}")"},
-      {"\"", R"("\"")"},
-      {"\\", R"("\\")"},
-      {"a\nb", "\"a\nb\""},
-      {"\xc3\xab", "\xc3\xab"},
-  };
-  for (const auto& [word, quoted] : cases) EXPECT_EQ(quote_word(word), quoted);
+  for (const char* plain : {"plain/1:2%s", "\xc3\xab"}) EXPECT_EQ(quote_word(plain), plain);
+  for (const char* word : {"", "a b", "a\tb", "a\nb", "{", "}"})
+    EXPECT_EQ(quote_word(word), '"' + std::string(word) + '"');
+  EXPECT_EQ(quote_word("\"\\"), R"("\"\\")");
 }
 
 TEST(QuoteWord, EveryOctetComesBackFromALineAndFromAPath) {

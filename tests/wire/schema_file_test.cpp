@@ -1,12 +1,12 @@
 #include "platform/wire/schema_file.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <tuple>
 
 namespace standin {
 namespace {
@@ -37,12 +37,6 @@ SchemaFile sample() {
   return schema;
 }
 
-bool same(const SchemaFileNode& a, const SchemaFileNode& b) {
-  return a.tag == b.tag && a.name == b.name && a.prefix == b.prefix && a.kind == b.kind &&
-         a.parent == b.parent && a.type == b.type && a.secret == b.secret && a.keys == b.keys &&
-         a.labels == b.labels;
-}
-
 class SchemaFileTest : public ::testing::Test {
  protected:
   SchemaFileTest() {
@@ -64,22 +58,17 @@ class SchemaFileTest : public ::testing::Test {
   std::filesystem::path path_;
 };
 
-TEST_F(SchemaFileTest, WrittenSchemaIsReadBack) {
+TEST_F(SchemaFileTest, WrittenSchemaIsReadBackAndTheOnlyFileReadableByAll) {
   overwrite("an older file");
   write_schema_file(path_, sample());
-  const SchemaFile schema = read_schema_file(path_);
-  const std::vector<SchemaFileNode> expected = sample().nodes;
-  ASSERT_EQ(schema.nodes.size(), expected.size());
-  for (std::size_t i = 0; i < expected.size(); ++i) {
-    EXPECT_TRUE(same(schema.nodes[i], expected[i])) << i;
-  }
-}
-
-TEST_F(SchemaFileTest, OnlyTheFinishedFileIsLeftReadableByAll) {
-  write_schema_file(path_, sample());
-  struct stat status {};
-  ASSERT_EQ(stat(path_.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0644u);
+  const auto parts = [](const SchemaFileNode& n) {
+    return std::tie(n.tag, n.name, n.prefix, n.kind, n.parent, n.type, n.secret, n.keys, n.labels);
+  };
+  const SchemaFile schema = read_schema_file(path_), expected = sample();
+  ASSERT_EQ(schema.nodes.size(), expected.nodes.size());
+  for (std::size_t i = 0; i < expected.nodes.size(); ++i)
+    EXPECT_TRUE(parts(schema.nodes[i]) == parts(expected.nodes[i])) << i;
+  EXPECT_EQ(std::filesystem::status(path_).permissions(), std::filesystem::perms(0644));
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory_), {}), 1);
 }
 
@@ -90,15 +79,17 @@ TEST_F(SchemaFileTest, FailedWriteLeavesNothingBehind) {
   EXPECT_THROW(write_schema_file(directory_ / "absent" / "schema", sample()), std::runtime_error);
 }
 
-TEST_F(SchemaFileTest, CutOrProlongedFileIsRefused) {
+TEST_F(SchemaFileTest, CutProlongedOrForeignFileIsRefused) {
+  for (const auto& place : {path_, directory_})
+    EXPECT_THROW(read_schema_file(place), std::runtime_error);
   write_schema_file(path_, sample());
   const std::string whole = octets();
-  for (std::size_t size = 0; size < whole.size(); ++size) {
-    overwrite(whole.substr(0, size));
-    EXPECT_THROW(read_schema_file(path_), std::runtime_error) << size;
+  std::vector<std::string> bad = {whole + '\0', std::string(1000, 'Q')};
+  for (std::size_t size = 0; size < whole.size(); ++size) bad.push_back(whole.substr(0, size));
+  for (const std::string& file : bad) {
+    overwrite(file);
+    EXPECT_THROW(read_schema_file(path_), std::runtime_error) << file.size();
   }
-  overwrite(whole + '\0');
-  EXPECT_THROW(read_schema_file(path_), std::runtime_error);
 }
 
 TEST_F(SchemaFileTest, ChangedOctetsNeverDoMoreThanFail) {
@@ -116,9 +107,7 @@ TEST_F(SchemaFileTest, ChangedOctetsNeverDoMoreThanFail) {
       changed[i] = static_cast<char>(changed[i] ^ bits);
       overwrite(changed);
       try {
-        for (const SchemaFileNode& node : read_schema_file(path_).nodes) {
-          EXPECT_LE(node.parent, sample().nodes.size());
-        }
+        read_schema_file(path_);
       } catch (const std::runtime_error&) {  // as good
       }
     }
@@ -147,13 +136,6 @@ TEST_F(SchemaFileTest, FileThatLiesIsRefused) {
     write_schema_file(path_, schema);
     EXPECT_THROW(read_schema_file(path_), std::runtime_error) << what;
   }
-}
-
-TEST_F(SchemaFileTest, WhatIsNoFileIsRefused) {
-  EXPECT_THROW(read_schema_file(path_), std::runtime_error);
-  EXPECT_THROW(read_schema_file(directory_), std::runtime_error);
-  overwrite(std::string(1000, 'Q'));
-  EXPECT_THROW(read_schema_file(path_), std::runtime_error);
 }
 
 }  // namespace
