@@ -222,6 +222,14 @@ TEST_F(Daemons, RegistrationIsRefusedForWhatIsTakenOrUnknown) {
   EXPECT_EQ(session.get(at(kName))->texts.front(), "text");
 }
 
+TEST_F(Daemons, WithoutADaemonNothingIsThereAndNothingCanBeWritten) {
+  NorthboundSession session(port(), "test", Access::write);
+  EXPECT_FALSE(session.get(at(kTag)).has_value());
+  EXPECT_THROW(session.set(at(kTag), {"x"}), Refused);
+  { ScriptedDaemon brief(port(), "brief", "notify", always_agreeable()); }
+  EXPECT_EQ(refused_with([&] { session.get(at(kTag)); }), ErrorCode::gone);
+}
+
 // The running callback's reads are served, its writes are not, and the end comes after it.
 TEST_F(Daemons, ClientThatVanishesInTheMiddleCostsNoDaemon) {
   Gate entered, client_gone, done;

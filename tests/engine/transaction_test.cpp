@@ -27,6 +27,27 @@ TEST_F(Transactions, OnlyACommitReachesOthers) {
   EXPECT_THROW(reader.set(at(kSysName), {"three"}), Refused);
 }
 
+TEST_F(Transactions, SlowerOfTwoWritersIsRefusedAndMayTryAgain) {
+  for (const bool same_leaf : {true, false}) {  // the other leaf is read by the slower one
+    const std::string leaf = same_leaf ? kSysName : kSysContact;
+    NorthboundSession fast(port(), "fast", Access::write), slow(port(), "slow", Access::write);
+    if (!same_leaf) slow.get(at(kSysName));
+    slow.set(at(leaf), {"slow"});
+    fast.set(at(kSysName), {"fast"});
+    fast.commit();
+    try {
+      slow.commit();
+      ADD_FAILURE() << "committed " << leaf;
+    } catch (const Refused& e) {
+      EXPECT_EQ(e.code, ErrorCode::conflict);
+    }
+    slow.abort();
+    slow.set(at(leaf), {"slow"});
+    slow.commit();
+    EXPECT_EQ(text_of(fast, leaf), "slow");
+  }
+}
+
 TEST_F(Transactions, DiffNamesWhatEndsOtherwiseThanItBegan) {
   NorthboundSession session(port(), "test", Access::write);
   session.set(at(kSysName), {"before"});
@@ -73,6 +94,12 @@ TEST_F(Transactions, InitialConfigurationIsOpenUntilItIsStarted) {
   EXPECT_EQ(text_of(session, kSysContact), "daemon");
   EXPECT_THROW(get(kSysName), Refused);
   EXPECT_THROW(daemon.maapi(message(Op::attach_init)), Refused);
+}
+
+TEST_F(Transactions, InitialFileWithWhatDaemonsServeIsRefused) {
+  const std::string file = directory() + "/init.json";
+  std::ofstream(file) << R"({"snmp:snmp": {"community": [{"index": "public"}]}})";
+  EXPECT_THROW(serve(std::chrono::seconds(5), file), std::runtime_error);
 }
 
 }  // namespace
