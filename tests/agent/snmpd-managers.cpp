@@ -89,7 +89,7 @@ TEST_F(SnmpdManagers, AreLetInAndStillAreAfterTheEngineIdChanged) {
 }
 
 TEST_F(SnmpdManagers, GetTrapsAndInformsFromTheConfiguredTargets) {
-  const std::string receiver_port = std::to_string(free_udp_port());
+  const std::string receiver_port = std::to_string(free_port());
   const auto receiver = start_receiver(receiver_port);
   Strings lines{"set /snmp:snmp/notify{traps}/tag unconfirmed",
                 "set /snmp:snmp/notify{informs}/tag confirmed",

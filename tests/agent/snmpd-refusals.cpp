@@ -49,7 +49,7 @@ class SnmpdRefusals : public World {
 };
 
 struct Taken {
-  Taken() : port(free_udp_port()), socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
+  Taken() : port(free_port()), socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(port);

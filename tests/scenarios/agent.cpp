@@ -1,13 +1,11 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "agent-world.h"
-#include "platform/wire/path.h"
 
 namespace scenario {
 namespace {
 
-using Agent = AgentWorld;
+class Agent : public Running {};
 
 const std::string kVersions = kSettings + "/snmpVersions";
 const std::string kMessageSize = kSettings + "/snmpEngine/snmpEngineMaxMessageSize";
@@ -39,27 +37,15 @@ TEST_F(Agent, EachLeafGoesToItsCounterpartAndBackAndOutlivesItsDeletion) {
   }
 }
 
-TEST_F(Agent, LeavesOfAFreshDatabaseAreNotThere) {
-  for (const char* leaf : {"enabled", "ip", "port", "max-message-size", "contact", "version/v1"}) {
-    EXPECT_EQ(cli({"exists", kAgent + "/" + leaf}).status, 1) << leaf;
-    EXPECT_THAT(cli({"delete", kAgent + "/" + leaf}).err, testing::HasSubstr("not there"));
-  }
-  EXPECT_EQ(answers({"keys " + kContexts, "keys " + kAgent + "/extra-ip-port"}), "");
-}
-
 TEST_F(Agent, MessageSizeReadsWithinItsBounds) {
   const std::pair<std::string, std::string> cases[] = {
       {"0", "484"},
-      {"100", "484"},
       {"483", "484"},
-      {"484", "484"},
       {"1500", "1500"},
-      {"214748364", "214748364"},
       {"214748365", "214748364"},
-      {"4294967296", "214748364"},
       {"18446744073709551615", "214748364"},
   };
-  answers({"create " + kSettings, "create " + kSettings + "/snmpEngine"});
+  answers({"create " + kSettings + "/snmpEngine"});
   for (const auto& [stored, read] : cases) {
     EXPECT_EQ(
         answers({"set " + kMessageSize + " " + stored, "get " + kAgent + "/max-message-size"}),
@@ -88,40 +74,31 @@ TEST_F(Agent, WritesOnAFreshDatabaseCreateTheContainersFirst) {
 }
 
 TEST_F(Agent, VersionIsThereWhileItsBooleanIsTrue) {
-  const Strings booleans = {"get " + kVersions + "/v1", "get " + kVersions + "/v2c",
-                            "get " + kVersions + "/v3"};
-  const Strings versions = {"exists " + kAgent + "/version/v1", "exists " + kAgent + "/version/v2c",
-                            "exists " + kAgent + "/version/v3"};
+  Strings reads;
+  for (const char* version : {"v1", "v2c", "v3"}) {
+    reads.push_back("get " + kVersions + "/" + version);
+    reads.push_back(std::string("exists ") + kAgent + "/version/" + version);
+  }
+  const std::string no = "false\nfalse\n", yes = "true\ntrue\n";
   answers({"create " + kAgent + "/version/v2c"});
-  EXPECT_EQ(answers(booleans), "false\ntrue\nfalse\n");
-  EXPECT_EQ(answers(versions), "false\ntrue\nfalse\n");
-  EXPECT_THAT(cli({"create", kAgent + "/version/v2c"}).err, testing::HasSubstr("already exists"));
+  EXPECT_EQ(answers(reads), no + yes + no);
   answers({"delete " + kAgent + "/version/v2c", "set " + kVersions + "/v3 true"});
-  EXPECT_EQ(answers(booleans), "false\nfalse\ntrue\n");
-  EXPECT_EQ(answers(versions), "false\nfalse\ntrue\n");
+  EXPECT_EQ(answers(reads), no + no + yes);
   answers({"create " + kAgent + "/version/v1", "delete " + kAgent + "/version"});
-  EXPECT_EQ(answers(booleans), "false\nfalse\nfalse\n");
-}
-
-TEST_F(Agent, VersionWithoutABooleanIsNotThere) {
-  answers({"create " + kSettings, "create " + kVersions});
-  EXPECT_EQ(answers({"exists " + kAgent + "/version/v1"}), "false\n");
-  answers({"create " + kAgent + "/version/v1"});
-  EXPECT_EQ(answers({"get " + kVersions + "/v1", "get " + kVersions + "/v3"}), "true\nnot there\n");
+  EXPECT_EQ(answers(reads), no + no + no);
 }
 
 TEST_F(Agent, ContextsAreListedReadAndDeletedOnBothSides) {
   answers({"set " + kAgent + "/name box", "create " + kContexts + "{red}",
            "create " + kContexts + "{blue}", "create " + kSettings + "/contexts{\"a b\"}"});
-  EXPECT_EQ(answers({"keys " + kContexts, "keys " + kSettings + "/contexts"}),
-            "\"a b\"\nblue\nred\n\"a b\"\nblue\nred\n");
+  const Strings lists = {"keys " + kContexts, "keys " + kSettings + "/contexts"};
+  EXPECT_EQ(answers(lists), "\"a b\"\nblue\nred\n\"a b\"\nblue\nred\n");
   EXPECT_EQ(answers({"get " + kContexts + "{red}/name", "get " + kContexts + "{green}/name"}),
             "red\nnot there\n");
-  EXPECT_THAT(cli({"create", kContexts + "{red}"}).err, testing::HasSubstr("already exists"));
-  EXPECT_THAT(cli({"delete", kContexts + "{green}"}).err, testing::HasSubstr("not there"));
+  refused({"create " + kContexts + "{red}"}, "already exists", kSettings);
+  refused({"delete " + kContexts + "{green}"}, "not there", kSettings);
   answers({"delete " + kContexts + "{red}"});
-  EXPECT_EQ(answers({"keys " + kContexts, "keys " + kSettings + "/contexts"}),
-            "\"a b\"\nblue\n\"a b\"\nblue\n");
+  EXPECT_EQ(answers(lists), "\"a b\"\nblue\n\"a b\"\nblue\n");
   answers({"delete " + kContexts});
   EXPECT_EQ(answers({"keys " + kSettings + "/contexts", "get " + kAgent + "/name"}), "box\n");
 }
@@ -143,37 +120,15 @@ TEST_F(Agent, KeyLeavesAreNeverTheAgentsOwn) {
   EXPECT_EQ(answers({"keys " + kContexts, "keys " + kAgent + "/extra-ip-port"}), "blue\n::1 162\n");
 }
 
-TEST_F(Agent, AttributesGoWithTheNode) {
-  const std::string listen = kAgent + "/extra-ip-port{::1 162}";
-  answers({"create " + kContexts + "{a}", "create " + kContexts + "{ab}", "create " + listen,
-           "create " + kAgent + "/version/v1"});
-  for (const std::string& node : {kContexts + "{a}", kContexts + "{ab}", listen,
-                                  kAgent + "/version/v1", kAgent + "/version"}) {
-    EXPECT_EQ(answers({"attr " + node + " annotation note", "attr " + node + " annotation"}),
-              "note\n")
-        << node;
-  }
-  answers({"delete " + kContexts + "{a}", "delete " + listen, "delete " + kAgent + "/version/v1"});
-  EXPECT_EQ(
-      answers({"create " + kContexts + "{a}", "create " + listen,
-               "create " + kAgent + "/version/v1", "attr " + kContexts + "{a}", "attr " + listen,
-               "attr " + kAgent + "/version/v1", "attr " + kContexts + "{ab} annotation",
-               "attr " + kAgent + "/version annotation"}),
-      "not there\nnot there\nnot there\nnote\nnote\n");
-}
-
 TEST_F(Agent, ShowIsTakenBackByLoad) {
   answers({"set " + kAgent + "/enabled true", "set " + kAgent + "/port 161",
            "set " + kAgent + "/max-message-size 1500", "create " + kAgent + "/version/v3",
            "create " + kContexts + "{blue}", "create " + kAgent + "/extra-ip-port{2001:db8::1 162}",
            "set " + kEngineSettings + "/enterprise-number 32473",
            "set " + kEngineSettings + "/from-ip 192.0.2.1", "set " + kAgent + "/contact \"\""});
-  const Ran shown = cli({"show", "--json", kAgent}), settings = cli({"show", kSettings});
-  ASSERT_EQ(shown.status, 0) << shown;
-  answers({"delete " + kSettings, "delete " + kEngineSettings});
-  EXPECT_EQ(cli({"load", write_file("agent.json", shown.out)}), (Ran{0, "", ""}));
-  EXPECT_EQ(cli({"show", "--json", kAgent}), shown);
-  EXPECT_EQ(cli({"show", kSettings}), settings);
+  const std::string settings = json(kSettings);
+  loads_back(kAgent, {"delete " + kSettings, "delete " + kEngineSettings});
+  EXPECT_EQ(json(kSettings), settings);
 }
 
 }  // namespace

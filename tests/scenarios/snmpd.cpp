@@ -1,25 +1,14 @@
 #include "snmpd.h"
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/socket.h>
 
 #include <algorithm>
 #include <filesystem>
 
-namespace scenario {
+#include "machine.h"
 
-std::uint16_t free_udp_port() {
-  const Descriptor probe(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  auto* any = reinterpret_cast<sockaddr*>(&address);
-  if (::bind(probe.get(), any, size) != 0 || ::getsockname(probe.get(), any, &size) != 0) return 0;
-  return ntohs(address.sin_port);
-}
+namespace scenario {
 
 std::string hex_number(std::string text) {
   std::erase_if(text, [](char c) { return c == ':' || c == '\n'; });
@@ -27,9 +16,7 @@ std::string hex_number(std::string text) {
 }
 
 Snmpd::Snmpd(std::string directory, std::string server_port)
-    : directory_(std::move(directory)),
-      server_port_(std::move(server_port)),
-      port_(free_udp_port()) {
+    : directory_(std::move(directory)), server_port_(std::move(server_port)), port_(free_port()) {
   std::filesystem::create_directories(directory_ + "/managers");
 }
 

@@ -9,7 +9,6 @@
 
 namespace scenario {
 
-std::uint16_t free_udp_port();
 // "80:00:7e\n" -> "0x80007e"
 std::string hex_number(std::string text);
 

@@ -75,17 +75,6 @@ TEST_F(TargetParams, UsmKeepsTheLevelOfItsRow) {
           {{target("t", "usm/sec-level"), "auth-no-priv"}});
 }
 
-TEST_F(TargetParams, SecurityNameBelongsToTheCaseOfItsRow) {
-  answers({"set " + target("t", "v2c/sec-name") + " public"});
-  changes({}, {{target("t", "v2c/sec-name"), "public"},
-               {target("t", "v1/sec-name"), kNone},
-               {target("t", "usm/user-name"), "public"}});
-  refused({"delete " + target("t", "v1/sec-name")}, "not there");
-  changes({"delete " + target("t", "v2c/sec-name")},
-          {{target("t", "v2c/sec-name"), kNone}, {params("ConfD1", "SecurityName"), kNone}});
-  EXPECT_EQ(selected("t"), "v2c\n");
-}
-
 TEST_F(TargetParams, SharedRowIsSplitOnTheFirstWriteOfOneOfItsUsers) {
   for (const std::string& line : {"set " + target("a", "usm/user-name") + " mine",
                                   "set " + target("a", "usm/sec-level") + " no-auth-no-priv",
@@ -93,7 +82,7 @@ TEST_F(TargetParams, SharedRowIsSplitOnTheFirstWriteOfOneOfItsUsers) {
     SCOPED_TRACE(line);
     answers(joined({mib_params("shared", "3", "3", "both"), mib_target("a", "shared"),
                     mib_target("b", "shared")}));
-    const std::string before = cli({"show", "--json", params("shared")}).out;
+    const std::string before = json(params("shared"));
     const bool level = line.find("level") != std::string::npos;
     const bool other_case = line.find("v2c") != std::string::npos;
     changes({line},
@@ -104,20 +93,13 @@ TEST_F(TargetParams, SharedRowIsSplitOnTheFirstWriteOfOneOfItsUsers) {
              {params("ConfD1", "SecurityName"), level ? "both" : "mine"},
              {params("ConfD1", "SecurityLevel"), level || other_case ? "noAuthNoPriv" : "authPriv"},
              {params("ConfD1", "StorageType"), "nonVolatile"}});
-    EXPECT_EQ(cli({"show", "--json", params("shared")}).out, before);
+    EXPECT_EQ(json(params("shared")), before);
     // Now each has one of its own: the next writes change rows in place.
     changes({"set " + target("b", "usm/user-name") + " theirs"},
             {{addr("b", "Params"), "shared"}, {params("shared", "SecurityName"), "theirs"}});
     answers({"delete " + target("a"), "delete " + target("b")});
     EXPECT_EQ(answers({"keys " + kParamsRows}), "");
   }
-}
-
-TEST_F(TargetParams, SharedRowGoesWithItsLastUser) {
-  answers(joined({mib_params("shared", "1", "2", "both"), mib_target("a", "shared"),
-                  mib_target("b", "shared")}));
-  EXPECT_EQ(answers({"delete " + target("a"), "keys " + kParamsRows}), "shared\n");
-  EXPECT_EQ(answers({"delete " + target("b"), "keys " + kParamsRows, "keys " + kAddrRows}), "");
 }
 
 TEST_F(TargetParams, ModelsThatNoCaseStandsForAreRefused) {

@@ -19,10 +19,8 @@ inline const std::string kParamsRows =
 // A path, and the answer to its `get` ("not there" included).
 using Facts = std::vector<std::pair<std::string, std::string>>;
 
-class TargetWorld : public World {
+class TargetWorld : public Running {
  protected:
-  void SetUp() override { start_both(); }
-
   static std::string target(const std::string& name, const std::string& below = {}) {
     return kTargets + "{" + name + "}" + (below.empty() ? "" : "/" + below);
   }
@@ -48,17 +46,9 @@ class TargetWorld : public World {
     EXPECT_EQ(answers(reads), expected);
   }
 
-  // Everything that both tables hold.
-  std::string tables() { return cli({"show", "--json", "/SNMP_TARGET_MIB:SNMP-TARGET-MIB"}).out; }
-
-  // Refused with a text that contains this (exactly this when it ends the line); both tables stay.
+  // Both tables stay.
   void refused(const Strings& lines, const std::string& text) {
-    SCOPED_TRACE(lines.back());
-    const std::string before = tables();
-    const Ran ran = batch(lines);
-    EXPECT_EQ(ran.status, 2) << ran;
-    EXPECT_THAT(ran.err, testing::AllOf(testing::StartsWith("error: "), testing::HasSubstr(text)));
-    EXPECT_EQ(tables(), before);
+    World::refused(lines, text, "/SNMP_TARGET_MIB:SNMP-TARGET-MIB");
   }
 };
 

@@ -48,44 +48,32 @@ TEST_F(UsmRelocalization, LocalUsersMoveAndRemoteOnesStay) {
   EXPECT_THAT(daemon_->errors(), Not(HasSubstr("user u1")));
 }
 
-TEST_F(UsmRelocalization, ThereAndBackGivesTheFirstKeys) {
+TEST_F(UsmRelocalization, FormerIdAndAnAbortGiveTheFirstKeysBack) {
   answers({"set " + local("u") + "/auth/md5/password maplesyrup",
-           "set " + local("u") + "/priv/des/password maplesyrup"});
-  const std::string before = cli({"show", "--json", kUsmTable}).out;
+           "set " + local("u") + "/priv/des/password maplesyrup",
+           "set " + local("key-only") + "/auth/md5/key " + kKey16});
+  const std::string before = json(kUsmTable);
   answers({kText + "xyz"});
-  EXPECT_NE(cli({"show", "--json", kUsmTable}).out, before);
+  EXPECT_NE(json(kUsmTable), before);
   answers({kText + "abc"});
-  EXPECT_EQ(cli({"show", "--json", kUsmTable}).out, before);
-}
-
-TEST_F(UsmRelocalization, NumberAndMethodInOneTransactionEndAtTheLastId) {
-  answers({"set " + local("u") + "/auth/md5/password maplesyrup"});
+  EXPECT_EQ(json(kUsmTable), before);
+  answers({kText + "xyz", "abort"});
+  EXPECT_EQ(json(kUsmTable), before);
+  EXPECT_EQ(get(kEngineId), kOwnId + "\n");
+  // Number and method in one transaction end at the last ID.
   answers({"set " + kSettings + "/enterprise-number 1", "set " + kSettings + "/other 01:02"});
   const std::string id = "80:00:00:01:05:01:02";
-  EXPECT_EQ(cli({"keys", kUsmTable}).out, id + " u\n");
+  EXPECT_EQ(cli({"keys", kUsmTable}).out, id + " key-only\n" + id + " u\n");
   EXPECT_EQ(column(id, "u", "usmUserAuthKey"), localized("md5", "maplesyrup", id) + "\n");
 }
 
-TEST_F(UsmRelocalization, AbortGivesAllBack) {
-  answers({"set " + local("u") + "/auth/md5/password maplesyrup"});
-  const std::string before = cli({"show", "--json", kUsmTable}).out;
-  answers({kText + "xyz", "abort"});
-  EXPECT_EQ(cli({"show", "--json", kUsmTable}).out, before);
+TEST_F(UsmRelocalization, IdUnderWhichAUserStandsIsRefusedAndTheSameIdTouchesNoKey) {
+  answers({"set " + local("u") + "/auth/md5/key " + kKey16, "create " + remote(kNewId, "other")});
+  const std::string text = "error: cannot change engine-id - conflicting remote user exists\n";
+  refused({kText + "xyz"}, text, kUsmTable);
+  refused({kText + "xyz"}, text, "/snmp:snmp/agent");
   EXPECT_EQ(get(kEngineId), kOwnId + "\n");
-}
-
-TEST_F(UsmRelocalization, IdUnderWhichAUserStandsIsRefusedAndNothingIsWritten) {
-  answers(
-      {"set " + local("u") + "/auth/md5/password maplesyrup", "create " + remote(kNewId, "other")});
-  const std::string before = cli({"show", "--json", kUsmTable}).out;
-  EXPECT_EQ(cli({"set", kSettings + "/from-text", "xyz"}),
-            (Ran{2, "", "error: cannot change engine-id - conflicting remote user exists\n"}));
-  EXPECT_EQ(cli({"show", "--json", kUsmTable}).out, before);
-  EXPECT_EQ(answers({"get " + kEngineId, "get " + kSettings + "/from-text"}), kOwnId + "\nabc\n");
-}
-
-TEST_F(UsmRelocalization, SameIdAgainTouchesNoKey) {
-  answers({"set " + local("u") + "/auth/md5/key " + kKey16, kText + "abc"});
+  answers({kText + "abc"});
   EXPECT_EQ(column(kOwnId, "u", "usmUserAuthKey"), kKey16 + "\n");
   EXPECT_THAT(daemon_->errors(), Not(HasSubstr("user u")));
 }

@@ -63,17 +63,13 @@ inline std::string localized(const std::string& digest, const std::string& passw
   return colons(key);
 }
 
-class UsmWorld : public World {
+class UsmWorld : public Running {
  protected:
   void SetUp() override {
-    start_server();
-    start_daemon();
+    Running::SetUp();
     answers(
         {"set " + kSettings + "/enterprise-number 32473", "set " + kSettings + "/from-text abc"});
   }
-  // Answers of a batch that goes on after refusals.
-  std::string told(const Strings& lines) { return batch(lines, {"-k"}).out; }
-  std::string get(const std::string& path) { return cli({"get", path}).out; }
 };
 
 }  // namespace scenario

@@ -67,10 +67,10 @@ class VacmAgent : public Vacm {
     answers(snmpd_->settings());
   }
 
-  std::string get(const std::string& path) {
-    std::string value = cli({"get", path}).out;
-    if (!value.empty()) value.pop_back();
-    return value;
+  std::string value(const std::string& path) {
+    std::string text = get(path);
+    if (!text.empty()) text.pop_back();
+    return text;
   }
   std::vector<Strings> rows(const std::string& table) {
     std::vector<Strings> all;
@@ -87,7 +87,7 @@ class VacmAgent : public Vacm {
     std::vector<Family> all;
     for (const Strings& keys : rows(kViewRows)) {
       const std::string row = kViewRows + "{" + keys[0] + " " + keys[1] + "}/vacmViewTreeFamily";
-      all.push_back({keys[0], keys[1], get(row + "Mask"), get(row + "Type") == "included"});
+      all.push_back({keys[0], keys[1], value(row + "Mask"), value(row + "Type") == "included"});
     }
     return all;
   }

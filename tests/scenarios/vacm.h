@@ -19,10 +19,8 @@ inline const std::string kViewRows = kViewTable + "/vacmViewTreeFamilyEntry";
 inline const std::string kGroups = "/snmp:snmp/vacm/group";
 inline const std::string kViews = "/snmp:snmp/vacm/view";
 
-class Vacm : public World {
+class Vacm : public Running {
  protected:
-  void SetUp() override { start_both(); }
-
   static std::string keyed(const std::string& list, const std::string& key) {
     return list + "{" + standin::quote_word(key) + "}";
   }
@@ -33,14 +31,16 @@ class Vacm : public World {
   static std::string models(const std::string& g, const std::string& name) {
     return member(g, name) + "/sec-model";
   }
+  static std::string access(const std::string& g, const std::string& keys) {
+    return group(g) + "/access{" + keys + "}";
+  }
+  static std::string access_row(const std::string& keys) { return kAccessRows + "{" + keys + "}"; }
   static std::string subtree(const std::string& view, const std::string& oid) {
     return keyed(keyed(kViews, view) + "/subtree", oid);
   }
   static std::string view_row(const std::string& view, const std::string& oid) {
     return kViewRows + "{" + standin::quote_word(view) + " " + oid + "}";
   }
-  // A batch that goes on after refusals; its answers.
-  std::string tried(const Strings& lines) { return batch(lines, {"-k"}).out; }
 };
 
 // A row of vacmSecurityToGroupTable.

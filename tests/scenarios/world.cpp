@@ -1,5 +1,7 @@
 #include "world.h"
 
+#include <gmock/gmock.h>
+
 #include <iostream>
 
 namespace scenario {
@@ -41,6 +43,23 @@ std::string World::answers(const Strings& lines) {
   const Ran ran = batch(lines);
   EXPECT_EQ(ran.status, 0) << ran;
   return ran.out;
+}
+
+void World::refused(const Strings& lines, const std::string& text, const std::string& kept) {
+  SCOPED_TRACE(lines.back());
+  const std::string before = json(kept);
+  const Ran ran = batch(lines);
+  EXPECT_EQ(ran.status, 2) << ran;
+  EXPECT_THAT(ran.err, testing::AllOf(testing::StartsWith("error: "), testing::HasSubstr(text)));
+  EXPECT_EQ(json(kept), before);
+}
+
+void World::loads_back(const std::string& path, const Strings& deletions) {
+  const std::string shown = json(path);
+  answers(deletions);
+  EXPECT_NE(json(path), shown);
+  EXPECT_EQ(cli({"load", write_file("shown.json", shown)}), (Ran{0, "", ""}));
+  EXPECT_EQ(json(path), shown);
 }
 
 }  // namespace scenario
