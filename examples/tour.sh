@@ -1,8 +1,8 @@
 # What ./demo shows once the server and the daemon run: an agent configured, asked by managers and
-# heard by a receiver. Sourced: prepare, configure on a new database, use. Each command is run as it is shown, in the directory $dir; an
-# answer that is not the expected one ends the tour with a message.
-# Uses port, agent_port, trap_port, dir and bin of ./demo; sets agent and
-# receiver, the pids of what it starts, which ./demo ends.
+# heard by a receiver. Sourced: prepare, configure on a new database, use. Each command is run as it
+# is shown, in the directory $dir; an answer that is not the expected one ends the tour with a
+# message. Uses port, agent_port, trap_port, dir and bin of ./demo; sets agent and receiver, the pids
+# of what it starts, which ./demo ends.
 
 if [ -t 1 ] && [ -z "${NO_COLOR:-}" ] && [ "${TERM:-dumb}" != dumb ]; then
   bold=$'\e[1m' command_colour=$'\e[36m' error_colour=$'\e[31m' plain=$'\e[0m'
@@ -45,7 +45,7 @@ wait_for() {
 start_receiver() {
   printf 'authCommunity log public\n' >"$dir/snmptrapd.conf"
   : >"$dir/notifications"
-  snmptrapd -f -C -c "$dir/snmptrapd.conf" -Lf "$dir/notifications" -n -On \
+  setsid snmptrapd -f -C -c "$dir/snmptrapd.conf" -Lf "$dir/notifications" -n -On \
     -F '%P from %b: %v\n' "udp:127.0.0.1:$trap_port" 2>"$dir/receiver.log" </dev/null &
   receiver=$!
   wait_for "$dir/notifications" NET-SNMP 1 10 ||
@@ -54,7 +54,7 @@ start_receiver() {
 
 start_agent() {
   : >"$dir/agent.out"
-  standin-agent -P "$port" --dir "$dir/agent" >"$dir/agent.out" 2>"$dir/agent.log" </dev/null &
+  setsid standin-agent -P "$port" --dir "$dir/agent" >"$dir/agent.out" 2>"$dir/agent.log" </dev/null &
   agent=$!
   wait_for_agent 1
 }
@@ -90,9 +90,9 @@ configure() {
   heading "An agent, from one file"
   run 0 '' "$cli load agent.json"
   run 0 '' "$cli set /snmp:snmp/agent/port $agent_port"
-  say "the operator's view, and the rows that are stored for it"
-  run 0 'snmpCommunityName' "pr -m -t -w 130 <($cli show /snmp:snmp/community) \\
-        <($cli show /SNMP_COMMUNITY_MIB:SNMP-COMMUNITY-MIB) | expand"
+  say "communities as operators see them, and the rows that are stored for them"
+  run 0 'sec-name reader' "$cli show /snmp:snmp/community"
+  run 0 snmpCommunityName "$cli show /SNMP_COMMUNITY_MIB:SNMP-COMMUNITY-MIB"
 
   heading "Four lines, and an SNMPv3 manager can log in"
   run 0 '' "$cli create '/snmp:snmp/usm/local/user{ops}'"
