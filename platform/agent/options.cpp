@@ -1,5 +1,7 @@
 #include "options.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <limits>
 
@@ -17,6 +19,10 @@ std::uint16_t number(const std::string& name, const std::string& text, std::uint
 }
 
 void take(Options& options, const std::string& name, const std::string& value) {
+  constexpr std::array kNames{"-P", "--port-offset", "--dir", "--snmpd"};
+  if (std::ranges::find(kNames, name) == kNames.end()) {
+    throw OptionsError("unknown option: " + name + "; --help lists them");
+  }
   if (value.empty()) throw OptionsError(name + " needs a value");
   if (name == "-P") {
     options.port = number(name, value, 1);
@@ -24,10 +30,8 @@ void take(Options& options, const std::string& name, const std::string& value) {
     options.port_offset = number(name, value, 0);
   } else if (name == "--dir") {
     options.directory = value;
-  } else if (name == "--snmpd") {
-    options.snmpd = value;
   } else {
-    throw OptionsError("unknown option: " + name + "; --help lists them");
+    options.snmpd = value;
   }
 }
 

@@ -122,7 +122,7 @@ void Supervisor::run() {
       clear(signals_.reload);
       go_on = reload();
     } else if (ready[2].revents != 0 && !snmpd_->take_output()) {
-      throw SnmpdDied("snmpd has ended: " + snmpd_->epitaph());
+      throw SnmpdDied("snmpd has ended: " + snmpd_->epitaph() + "; start standin-agent again");
     }
   }
 }
