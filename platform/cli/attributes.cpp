@@ -56,7 +56,8 @@ Value attribute_value(std::uint32_t number, const Words& arguments) {
     }
     return Value::list(std::move(tags));
   }
-  if (arguments.size() != 1) throw UsageError("an attribute but tags has one value");
+  if (arguments.size() != 1)
+    throw UsageError("only tags have several values: a text with blanks stands in double quotes");
   if (number == kInactive) {
     if (!arguments[0].empty() && arguments[0] != "true") {
       throw UsageError("inactive has no value: set it with \"\"");

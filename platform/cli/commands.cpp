@@ -85,7 +85,8 @@ Outcome set_without_value(Context& context, const Path& path) {
   } else if (node.is_leaf()) {
     throw UsageError("set needs a value" + (node.admitted.empty() ? "" : ": " + node.admitted));
   } else {
-    throw UsageError(node.path + " is a " + node.kind + ", which has no value: create makes one");
+    throw UsageError(node.path + " is a " + node.kind + ", which has no value: " +
+                     (node.kind == "container" ? "set a leaf below it" : "create makes one"));
   }
   return Outcome::done;
 }
@@ -367,6 +368,7 @@ std::string usage_of(const Command& command) {
 }
 
 [[noreturn]] void unknown_command(const std::string& name) {
+  if (name == "batch") throw UsageError("batch is for the shell: here each line is one already");
   std::vector<std::string> names;
   for (const Command& command : kCommands) names.emplace_back(command.name);
   const std::string meant = nearest(name, names);

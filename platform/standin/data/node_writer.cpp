@@ -16,6 +16,19 @@ bool has_marker(const NodePath& path) {
   return path.is_entry() || path.node().kind == Node::Kind::presence;
 }
 
+// What to do instead.
+const char* not_created(const Node& node) {
+  switch (node.kind) {
+    case Node::Kind::list:
+    case Node::Kind::leaf_list:
+      return "an entry can be created: name one in braces";
+    case Node::Kind::leaf:
+      return "cannot be created, only set";
+    default:
+      return "cannot be created: it comes with what is set below it";
+  }
+}
+
 bool can_be_created(const NodePath& path) {
   const Node& node = path.node();
   switch (node.kind) {
@@ -129,7 +142,7 @@ void NodeWriter::prepare(const Plan& plan) {
 
 bool NodeWriter::ensure(const NodePath& path, Data::Ancestors ancestors) {
   if (!can_be_created(path)) {
-    throw Refusal(ErrorCode::badpath, schema_.to_text(path) + ": cannot be created, only set");
+    throw Refusal(ErrorCode::badpath, schema_.to_text(path) + ": " + not_created(path.node()));
   }
   const Node& node = path.node();
   callbacks_.require_daemons(path);

@@ -22,7 +22,8 @@ FrameWriter put_nothing(Transaction& t) { return std::move(answer(t).put_nil().p
 FrameWriter get(Transaction& t, const Schema& schema, const NodePath& path) {
   const Node* node = path.empty() ? nullptr : &path.node();
   if (!node || !node->has_value())
-    throw Refusal(ErrorCode::badpath, schema.to_text(path) + ": not a leaf");
+    throw Refusal(ErrorCode::badpath,
+                  schema.to_text(path) + ": not a leaf: show prints what is below it");
   if (path.is_entry()) {
     if (!t.data().exists(path)) return put_nothing(t);
     return std::move(answer(t).put(schema.print(*node, path.steps.back().keys.front())).put(false));
@@ -159,7 +160,8 @@ void set(Transaction& t, const Schema& schema, const NodePath& path,
          const std::vector<std::string>& texts) {
   const Node* node = path.empty() ? nullptr : &path.node();
   if (!node || !node->has_value() || path.is_entry())
-    throw Refusal(ErrorCode::badpath, schema.to_text(path) + ": not a leaf");
+    throw Refusal(ErrorCode::badpath,
+                  schema.to_text(path) + ": not a leaf, which alone can be set");
   if (node->kind == Node::Kind::leaf_list) {
     std::vector<Value> items;
     items.reserve(texts.size());
