@@ -13,83 +13,62 @@ using Access = NorthboundSession::Access;
 
 TEST(CliArguments, OptionsStandBeforeTheCommand) {
   struct Case {
-    Words words;
+    const char* line;
     std::uint16_t port;
-    Words command;
+    const char* command;
   };
-  const Case cases[] = {
-      {{}, 4565, {}},
-      {{"get", "/a"}, 4565, {"get", "/a"}},
-      {{"-P", "1", "get", "/a"}, 1, {"get", "/a"}},
-      {{"-P65535", "--", "set", "/a", "-P"}, 65535, {"set", "/a", "-P"}},
-      {{"--", "-x"}, 4565, {"-x"}},
-  };
+  const Case cases[] = {{"", 4565, ""},
+                        {"get /a", 4565, "get /a"},
+                        {"-P 1 get /a", 1, "get /a"},
+                        {"-P65535 -- set /a -P", 65535, "set /a -P"}};
   for (const Case& c : cases) {
-    const Arguments parsed = parse_arguments(c.words);
+    const Arguments parsed = parse_arguments(split_words(c.line));
     EXPECT_EQ(parsed.port, c.port);
-    EXPECT_EQ(parsed.command, c.command);
+    EXPECT_EQ(parsed.command, split_words(c.command));
   }
-}
-
-TEST(CliArguments, UnusableOptionsAreUsageErrors) {
-  const Words cases[] = {{"-x"},       {"-P"},     {"-P", "0"}, {"-P", "65536"}, {"-P", "12x"},
-                         {"-P", "-1"}, {"--json"}, {"-P", ""},  {"--color=red"}};
-  for (const Words& words : cases) {
-    EXPECT_THROW(parse_arguments(words), UsageError) << words.back();
+  for (const char* line :
+       {"-x", "-P", "-P 0", "-P 65536", "-P 12x", "-P -1", "--json", "-P \"\"", "--color=red"}) {
+    EXPECT_THROW(parse_arguments(split_words(line)), UsageError) << line;
   }
 }
 
 TEST(CliCommands, WordsAreSortedIntoOptionAndOperands) {
   struct Case {
-    Words words;
+    const char* line;
     bool option;
-    Words operands;
+    const char* operands;
     Access access;
   };
   const Case cases[] = {
-      {{"show"}, false, {}, Access::read},
-      {{"show", "--json", "/a"}, true, {"/a"}, Access::read},
-      {{"show", "/a", "--json"}, true, {"/a"}, Access::read},
-      {{"set", "/a", "-5"}, false, {"/a", "-5"}, Access::write},
-      {{"set", "/a", "--"}, false, {"/a", "--"}, Access::write},
-      {{"set", "--", "/a", "--json"}, false, {"/a", "--json"}, Access::write},
-      {{"set", "--from-file", "f", "/a"}, true, {"/a"}, Access::write},
-      {{"set", "/a", "--from-file", "f"}, false, {"/a", "--from-file", "f"}, Access::write},
-      {{"set", "--", "/a", "--from-file"}, false, {"/a", "--from-file"}, Access::write},
-      {{"?", "set"}, false, {"set"}, Access::none},
-      {{"attr", "/a"}, false, {"/a"}, Access::read},
-      {{"attr", "/a", "tags"}, false, {"/a", "tags"}, Access::read},
-      {{"attr", "/a", "tags", "x"}, false, {"/a", "tags", "x"}, Access::write},
-      {{"attr", "/a", "tags", "--delete"}, true, {"/a", "tags"}, Access::write},
-      {{"attr", "/a", "tags", "--", "--delete"}, false, {"/a", "tags", "--delete"}, Access::write},
-      {{"status"}, false, {}, Access::none},
+      {"show", false, "", Access::read},
+      {"show --json /a", true, "/a", Access::read},
+      {"show /a --json", true, "/a", Access::read},
+      {"set /a -5", false, "/a -5", Access::write},
+      {"set /a --", false, "/a --", Access::write},
+      {"set -- /a --json", false, "/a --json", Access::write},
+      {"set --from-file f /a", true, "/a", Access::write},
+      {"set /a --from-file f", false, "/a --from-file f", Access::write},
+      {"? set", false, "set", Access::none},
+      {"attr /a tags", false, "/a tags", Access::read},
+      {"attr /a tags x", false, "/a tags x", Access::write},
+      {"attr /a tags --delete", true, "/a tags", Access::write},
+      {"attr /a tags -- --delete", false, "/a tags --delete", Access::write},
+      {"status", false, "", Access::none},
   };
   for (const Case& c : cases) {
-    SCOPED_TRACE(testing::PrintToString(c.words));
-    const Call call = parse_command(c.words);
+    SCOPED_TRACE(c.line);
+    const Call call = parse_command(split_words(c.line));
     EXPECT_EQ(call.option, c.option);
-    EXPECT_EQ(call.operands, c.operands);
+    EXPECT_EQ(call.operands, split_words(c.operands));
     EXPECT_EQ(access_of(call), c.access);
   }
 }
 
 TEST(CliCommands, WrongCommandsOptionsAndCountsAreUsageErrors) {
-  const Words cases[] = {{"frobnicate"},
-                         {"get"},
-                         {"get", "/a", "/b"},
-                         {"get", "--json"},
-                         {"case", "/a"},
-                         {"set"},
-                         {"set", "-x", "/a"},
-                         {"set", "--from-file"},
-                         {"set", "--from-file", "f"},
-                         {"commit", "x"},
-                         {"load"},
-                         {"show", "/a", "/b"},
-                         {"start", "now"},
-                         {"attr", "--delete"}};
-  for (const Words& words : cases) {
-    EXPECT_THROW(parse_command(words), UsageError) << testing::PrintToString(words);
+  for (const char* line : {"frobnicate", "get", "get /a /b", "get --json", "case /a", "set",
+                           "set -x /a", "set --from-file", "set --from-file f", "commit x", "load",
+                           "show /a /b", "start now", "attr --delete"}) {
+    EXPECT_THROW(parse_command(split_words(line)), UsageError) << line;
   }
 }
 
@@ -119,11 +98,10 @@ TEST(CliAttributes, ValuesFollowTheAttribute) {
   const Case cases[] = {
       {"annotation", {"a b"}, Value::buf("a b"), {"a b"}},
       {"annotation", {""}, Value::buf(""), {""}},
-      {"tags", {"red blue"}, Value::list({Value::buf("red"), Value::buf("blue")}), {"red", "blue"}},
       {"tags",
-       {"red", "\"a b\""},
-       Value::list({Value::buf("red"), Value::buf("a b")}),
-       {"red", "a b"}},
+       {"red blue", "\"a b\""},
+       Value::list({Value::buf("red"), Value::buf("blue"), Value::buf("a b")}),
+       {"red", "blue", "a b"}},
       {"tags", {""}, Value::list({}), {}},
       {"inactive", {""}, Value::boolean(true), {}},
       {"7", {"x"}, Value::buf("x"), {"x"}},

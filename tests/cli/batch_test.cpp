@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "scripted-server.h"
+#include "tests/libconfd/peer.h"
 
 namespace standin::cli {
 namespace {
@@ -15,32 +15,36 @@ struct BatchRun {
   std::vector<Op> asked;
 };
 
-BatchRun run(const std::string& lines, std::vector<std::string> answers, bool keep_going) {
-  ScriptedServer server(std::move(answers));
+// The answers behind that of nb_open; after the last the server goes.
+BatchRun run(const std::string& lines, const std::vector<std::string>& answers, bool keep_going) {
   BatchRun ran;
-  {
-    Server connection(server.port(), Server::Access::write);
-    std::istringstream in(lines);
-    std::ostringstream out, errors;
-    Context context{connection, out, in};
-    ran.status = run_batch(context, errors, keep_going);
-    ran.out = out.str();
-    ran.errors = errors.str();
-  }
-  ran.asked = server.asked();
+  Peer server([&](Op op, FrameReader&) {
+    if (ran.asked.size() > answers.size()) return std::string();
+    ran.asked.push_back(op);
+    return op == Op::nb_open ? ok_answer().put(7u).take() : answers[ran.asked.size() - 2];
+  });
+  const auto* address = reinterpret_cast<const sockaddr_in*>(server.address());
+  Server connection(ntohs(address->sin_port), Server::Access::write);
+  std::istringstream in(lines);
+  std::ostringstream out, errors;
+  Context context{connection, out, in};
+  ran.status = run_batch(context, errors, keep_going);
+  ran.out = out.str();
+  ran.errors = errors.str();
   return ran;
 }
 
-std::string done() { return granted().take(); }
-std::string not_there() { return granted().put_nil().put(false).take(); }
+std::string done() { return ok_answer().take(); }
+std::string not_there() { return ok_answer().put_nil().put(false).take(); }
+std::string refused(ErrorCode code, const char* text) { return refusal(code).put(text).take(); }
 
 TEST(CliBatch, AnswersStandInOrderAndCommitEndsIt) {
   const BatchRun ran =
       run("# comment\n\nget /a\nget /b\nget /c\nexists /d\nset /e x\nkeys /f\n",
-          {granted().put("text").put(false).take(),
-           granted().put(std::vector<std::string>{"x", "y z", ""}).put(true).take(), not_there(),
-           granted().put(false).take(), done(),
-           granted()
+          {ok_answer().put("text").put(false).take(),
+           ok_answer().put(std::vector<std::string>{"x", "y z", ""}).put(true).take(), not_there(),
+           ok_answer().put(false).take(), done(),
+           ok_answer()
                .array(2)
                .put(std::vector<std::string>{"k"})
                .put(std::vector<std::string>{"a b", "c"})
@@ -86,7 +90,7 @@ TEST(CliBatch, RefusedCommitAtTheEndIsAnError) {
 }
 
 TEST(CliBatch, SecretIsReadFromTheNextLine) {
-  FrameWriter described = granted();
+  FrameWriter described = ok_answer();
   described.put("/a").put("leaf").put("string").put("").put("").put_nil().put("A password.");
   described.put(true).put(false).array(0).array(0).array(0).array(0);
   const std::string secret = described.take();

@@ -80,10 +80,8 @@ TEST(ChooseLook, FollowsTheOptionTheTerminalAndTheEnvironment) {
   using enum ColourWhen;
   const Case cases[] = {
       {automatic, true, nullptr, "xterm", true, true},
-      {automatic, true, "", "xterm", true, true},
       {automatic, true, "1", "xterm", true, false},
       {automatic, true, nullptr, "dumb", true, false},
-      {automatic, true, nullptr, nullptr, true, false},
       {automatic, false, nullptr, "xterm", false, false},
       {never, true, nullptr, "xterm", true, false},
       {always, false, "1", "dumb", true, true},
@@ -121,12 +119,6 @@ TEST(PrintJson, FollowsTheYangEncoding) {
   }
 }
 )");
-}
-
-TEST(PrintJson, NothingIsAnEmptyObject) {
-  std::ostringstream out;
-  print_json(out, {});
-  EXPECT_EQ(out.str(), "{}\n");
 }
 
 TEST(JsonString, EscapesWhatJsonAsksFor) {

@@ -32,20 +32,6 @@ TEST(CommunityNameDeathTest, KeyOfAnotherTypeStopsTheProcess) {
   EXPECT_DEATH(community_name_shown(&text, number), "\\(&v\\)->type == C_BUF");
 }
 
-TEST(CommunityTargetTag, EmptyTextReadsAsUnset) {
-  EXPECT_FALSE(community_target_tag_shown(nullptr, buf_value("")));
-  EXPECT_TRUE(community_target_tag_shown(nullptr, buf_value("t")));
-}
-
-TEST(CommunityCallbacks, HookHasOnlyCreate) {
-  const confd_data_cbs* hook = community_hook_get_cbs();
-  EXPECT_STREQ(hook->callpoint, "community-hook");
-  EXPECT_EQ(hook->create, community_hook_create);
-  EXPECT_EQ(hook->set_elem, nullptr);
-  EXPECT_STREQ(community_get_cbs()->callpoint, "community");
-  EXPECT_EQ(community_get_cbs()->get_case, nullptr);
-}
-
 TEST(Keypath, LevelsThatAreNotThereAreNoValue) {
   confd_hkeypath_t kp{};
   kp.len = 1;

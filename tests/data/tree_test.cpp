@@ -128,19 +128,5 @@ TEST_F(Tree, LoadAsksWhetherANodeIsAllowed) {
               HasSubstr("/snmp:snmp/community{c}: not in the first configuration"));
 }
 
-TEST_F(Tree, LoadOfManyEntriesGrowsWithTheirNumber) {
-  const auto json = [](int n) {
-    std::string text = R"({"quillet-attributes:attr-list": [)";
-    for (int i = 0; i < n; ++i)
-      text += (i ? "," : "") + ("{\"target-path\": \"/p" + std::to_string(i) + "\"}");
-    return text + "]}";
-  };
-  EXPECT_EQ(load_json(data, schema(), json(1000)), 1000U);
-  std::size_t seen = 0;
-  data.walk(at("/attr-list"), [&](const Level&) { return ++seen > 0; });
-  EXPECT_EQ(seen, 1000U);
-  EXPECT_EQ(writes->writes().size(), 1000U) << "one record an entry, no more";
-}
-
 }  // namespace
 }  // namespace standin::test

@@ -1,6 +1,7 @@
 // A connected and registered daemon whose callbacks are functions of the test.
 #pragma once
 
+#include <confd_dp.h>
 #include <confd_maapi.h>
 
 #include <cstring>

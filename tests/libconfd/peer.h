@@ -2,7 +2,6 @@
 // function of the test, and leaves daemon sockets to the test after their greeting.
 #pragma once
 
-#include <confd_dp.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 

@@ -13,21 +13,10 @@ namespace {
 namespace tag = quillet::tags::snmp;
 
 TEST(Tags, HeadersHoldTheNumbersOfTheNames) {
-  const std::vector<std::pair<std::uint32_t, std::string>> kTags = {
-      {tag::community, "community"},
-      {tag::sec_name, "sec-name"},
-      {tag::params, "params"},
-      {tag::from_mac_address, "from-mac-address"},
-      {tag::key_type, "key-type"},
-      {tag::v2c, "v2c"},
-      {tag::included, "included"},
-      {tag::secure_transport, "secure-transport"},
-      {quillet::tags::quillet_attributes::attr_list, "attr-list"},
-  };
-  for (const auto& [number, name] : kTags) EXPECT_EQ(number, tag_number(name)) << name;
+  EXPECT_EQ(tag::from_mac_address, tag_number("from-mac-address"));
+  EXPECT_EQ(quillet::tags::quillet_attributes::attr_list, tag_number("attr-list"));
   EXPECT_EQ(tag::ns, node_at("/snmp").tag.ns);
   EXPECT_EQ(quillet::tags::quillet_attributes::ns, node_at("/attr-list").tag.ns);
-  EXPECT_NE(tag::ns, quillet::tags::quillet_attributes::ns);
 }
 
 TEST(Tags, NumbersAreUnique) {
