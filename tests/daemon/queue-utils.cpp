@@ -75,14 +75,6 @@ TEST_F(QueueChararr, IteratorIsSortedAndOutlivesTheQueue) {
   queue_chararr_iter_destroy(iter);
 }
 
-TEST_F(QueueChararr, IteratorOfAnEmptyQueueIsEmpty) {
-  queue_chararr_iter* iter = queue_chararr_iter_new(q_);
-  EXPECT_EQ(iter->count, 0);
-  EXPECT_EQ(iter->array, nullptr);
-  EXPECT_EQ(queue_chararr_maxlen(q_), 0);
-  queue_chararr_iter_destroy(iter);
-}
-
 TEST(QmapStrStr, SetReplacesAndDeleteUnlinks) {
   qmap_str_str* m = qmap_str_str_new();
   qmap_str_str_set(m, "k", "1", 1);

@@ -5,33 +5,15 @@
 namespace standin::test {
 namespace {
 
-const char* name_of(Op op) {
-  switch (op) {
-    case Op::cb_exists_optional:
-      return "exists";
-    case Op::cb_get_elem:
-      return "get";
-    case Op::cb_get_next:
-      return "next";
-    case Op::cb_set_elem:
-      return "set";
-    case Op::cb_create:
-      return "create";
-    case Op::cb_remove:
-      return "remove";
-    case Op::cb_get_case:
-      return "get_case";
-    case Op::cb_set_case:
-      return "set_case";
-    case Op::cb_get_attrs:
-      return "get_attrs";
-    case Op::cb_set_attr:
-      return "set_attr";
-    case Op::cb_validate:
-      return "validate";
-    default:
-      return "?";
-  }
+std::string name_of(Op op) {
+  static const std::map<Op, std::string> names = {
+      {Op::cb_exists_optional, "exists"}, {Op::cb_get_elem, "get"},
+      {Op::cb_get_next, "next"},          {Op::cb_set_elem, "set"},
+      {Op::cb_create, "create"},          {Op::cb_remove, "remove"},
+      {Op::cb_get_case, "get_case"},      {Op::cb_set_case, "set_case"},
+      {Op::cb_get_attrs, "get_attrs"},    {Op::cb_set_attr, "set_attr"},
+      {Op::cb_validate, "validate"}};
+  return names.at(op);
 }
 
 std::string tag_name(const NodePath& holder, const Value& choice, const Value& which) {
@@ -60,7 +42,7 @@ bool FakeTransform::has(const std::string& point, Op callback) {
 Answer FakeTransform::call(const std::string& point, Op callback, const NodePath& path,
                            const Arguments& arguments) {
   const std::string text = schema_.to_text(path);
-  std::string line = std::string(name_of(callback)) + " " + text;
+  std::string line = name_of(callback) + " " + text;
   if (callback == Op::cb_set_elem) line += " = " + schema_.print(path.node(), arguments.value);
   if (callback == Op::cb_set_case)
     line += " " + tag_name(path, arguments.choice, arguments.case_value);

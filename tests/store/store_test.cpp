@@ -48,20 +48,6 @@ TEST(Store, ReopenedHoldsWhatWasApplied) {
   EXPECT_EQ(store->next("b"), std::nullopt);
 }
 
-TEST(Store, WalkSeesABatchThatCameInBetween) {
-  const TempDir dir;
-  const auto store = Store::open(dir / "db");
-  store->apply({{"a", "1"}, {"b", "1"}, {"d", "1"}});
-  EXPECT_EQ(store->seek("a"), Record("a", "1"));
-  EXPECT_EQ(store->next("a"), Record("b", "1"));
-  store->apply({{"c", "2"}, {"d", "2"}});
-  EXPECT_EQ(store->next("b"), Record("c", "2"));
-  EXPECT_EQ(store->seek("c2"), Record("d", "2"));
-  EXPECT_EQ(store->seek("b"), Record("b", "1"));
-  EXPECT_EQ(store->next("d"), std::nullopt);
-  EXPECT_EQ(store->next("a"), Record("b", "1"));
-}
-
 TEST(Store, FilesAreTheOwnersAlone) {
   const TempDir dir;
   write_file(dir / "db", "");
@@ -198,16 +184,6 @@ TEST_F(Records, DamagedOrUsedUpNumbersAreRefused) {
   EXPECT_THAT(refusal_of([&] { assign_node_ids({&top}, store); }), HasSubstr("too many"));
   store.records[std::string("\0\0/m:top", 8)] = std::string("\xff\xf0");
   EXPECT_THAT(refusal_of([&] { assign_node_ids({&top}, store); }), HasSubstr("two nodes"));
-}
-
-TEST_F(Records, CommitMarkIsNoNodesNumber) {
-  assign_node_ids({&top}, store);
-  EXPECT_FALSE(ever_committed(store));
-  Batch batch;
-  mark_committed(batch);
-  store.apply(batch);
-  EXPECT_TRUE(ever_committed(store));
-  EXPECT_NO_THROW(assign_node_ids({&top, &first}, store));
 }
 
 }  // namespace

@@ -279,45 +279,6 @@ TEST_F(Tree, WalkIsInKeyOrderOverStoreAndWritesWithOneSeekARow) {
   EXPECT_EQ(t.tree.next(t.at("/t:box/row"), &between), (Level{Value::int32(3), Value::buf("")}));
 }
 
-TEST_F(Tree, MoveTakesEverythingToTheNewKeys) {
-  const Value text = Value::text("remark");
-  t.set(row("password"), "maplesyrup");
-  t.create(row("part{1}"));
-  t.set(row("part{1}/text"), "p");
-  t.tree.set_attribute(t.at(row("part{1}")), 1, &text);
-  const std::string secret = t.get(row("password"));
-  t.create("/t:box/row{5 e}");
-  const auto move = [&](const char* from, std::int32_t size, const char* name) {
-    t.tree.move(t.at(from), {Value::int32(size), Value::text(name)});
-  };
-  expect_refused(ErrorCode::already_exists, "row{5 e} already exists", [&] { move(kRow, 5, "e"); });
-  expect_refused(ErrorCode::already_exists, "row{1 a}", [&] { move(kRow, 1, "a"); });
-  expect_refused(ErrorCode::noexists, "row{7 x}", [&] { move("/t:box/row{7 x}", 8, "y"); });
-  move(kRow, 2, "b");
-  EXPECT_FALSE(t.exists(kRow));
-  EXPECT_EQ(t.get("/t:box/row{2 b}/name"), "b");
-  EXPECT_EQ(t.get("/t:box/row{2 b}/password"), secret);
-  EXPECT_EQ(t.get("/t:box/row{2 b}/part{1}/text"), "p");
-  EXPECT_EQ(t.tree.attributes(t.at("/t:box/row{2 b}/part{1}")).at(1), Value::buf("remark"));
-}
-
-TEST_F(Tree, ObjectsAreTheFirstLeavesInSchemaOrder) {
-  const auto object = t.tree.get_object(t.at(kRow), 4);
-  EXPECT_EQ(object, (std::vector<Value>{Value::int32(1), Value::buf("a"), Value::buf("red"), {}}));
-  t.tree.set_object(t.at(kRow), {Value::int32(99), {}, Value::text("blue")});
-  EXPECT_EQ(t.get(row("colour")), "blue");
-  EXPECT_EQ(t.get(row("size")), "1");
-  expect_refused(ErrorCode::badvalue, "fewer leaves",
-                 [&] { t.tree.set_object(t.at(row("part{1}")).parent(), std::vector<Value>(30)); });
-  expect_refused(ErrorCode::badvalue, "password", [&] {
-    t.tree.set_object(t.at(kRow),
-                      {{}, {}, Value::text("green"), Value::text("much too long a one")});
-  });
-  EXPECT_EQ(t.get(row("colour")), "blue");
-  expect_refused(ErrorCode::noexists, "row{2 b}",
-                 [&] { t.tree.get_object(t.at("/t:box/row{2 b}"), 2); });
-}
-
 TEST_F(Tree, AttributesNeedTheirNode) {
   const Value words = Value::list({Value::text("a"), Value::text("b")});
   for (const char* absent : {"flag", "extra", "part{1}", "side", "ports{x}", "note"}) {
@@ -345,8 +306,6 @@ TEST_F(Tree, EncryptedLeavesAreNeverKeptInTheClear) {
     EXPECT_THAT(value.value_or(""), Not(HasSubstr("maplesyrup")));
   t.set(row("password"), form);  // longer than the type admits, and kept as it is
   EXPECT_EQ(t.get(row("password")), form);
-  const std::string foreign = Secrets(dir / "other", false).encrypt("maplesyrup");
-  expect_refused(ErrorCode::badvalue, "password", [&] { t.set(row("password"), foreign); });
 }
 
 TEST_F(Tree, DamagedRecordsRefuseTheRead) {
@@ -366,16 +325,12 @@ TEST_F(Tree, CommitsInBetweenAreConflictsWhenTheyMeet) {
   } cases[] = {
       {"leaf of a row that goes", [&](Session& s) { s.set(row("colour"), "x"); },
        [&](Session& s) { s.remove(kRow); }, true},
-      {"two leaves of a row", [&](Session& s) { s.set(row("colour"), "x"); },
-       [&](Session& s) { s.set(row("side/left"), "x"); }, false},
       {"two cases", [&](Session& s) { s.set(row("a"), "x"); },
        [&](Session& s) { s.set(row("d/e"), "x"); }, true},
       {"leaf added to a row that goes", [&](Session& s) { s.remove(kRow); },
        [&](Session& s) { s.set(row("colour"), "x"); }, true},
       {"default that was read", [&](Session& s) { s.get(row("colour")); },
        [&](Session& s) { s.set(row("colour"), "x"); }, true},
-      {"row created twice", [](Session& s) { s.create("/t:box/row{2 b}"); },
-       [](Session& s) { s.create("/t:box/row{2 b}"); }, true},
       {"rows seen by a walk", [](Session& s) { s.walk("/t:box/row"); },
        [&](Session& s) { s.remove(kRow); }, false},
   };

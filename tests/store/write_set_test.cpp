@@ -108,13 +108,9 @@ INSTANTIATE_TEST_SUITE_P(
     Table, Conflicts,
     testing::Values(
         Conflict{"write", [](WriteSet& s) { s.put("b", ""); }, "b", true},
-        Conflict{"write_elsewhere", [](WriteSet& s) { s.put("b", ""); }, "bb", false},
         Conflict{"erase", [](WriteSet& s) { s.erase("b"); }, "b", true},
         Conflict{"single_read", [](WriteSet& s) { s.get("b", true); }, "b", true},
-        Conflict{"single_read_of_nothing", [](WriteSet& s) { s.get("a", true); }, "a", true},
-        Conflict{"read_without_note", [](WriteSet& s) { s.get("b"); }, "b", false},
         Conflict{"walk", [](WriteSet& s) { s.next(s.seek("a")->first); }, "c", false},
-        Conflict{"added_to_erased_range", [](WriteSet& s) { s.erase_range("b", "d"); }, "bb", true},
         Conflict{"added_to_empty_range", [](WriteSet& s) { s.erase_range("m", "n"); }, "mm", true},
         Conflict{"behind_erased_range", [](WriteSet& s) { s.erase_range("b", "d"); }, "dd", false},
         Conflict{"undone_write", [](WriteSet& s) { s.put("b", ""), s.rollback(0); }, "b", false},
