@@ -55,6 +55,11 @@ User user(const std::string& engine_id, const std::string& name) {
   return {engine_id, name, name, kNoAuth, kNoPriv, std::nullopt, std::nullopt};
 }
 
+template <class Row>
+std::function<void(Rows&)> with(std::vector<Row> Rows::*list, Row row) {
+  return [list, row](Rows& rows) { (rows.*list).push_back(row); };
+}
+
 struct Case {
   std::string what;
   std::function<void(Rows&)> change;
@@ -120,28 +125,15 @@ const Case kAgent[] = {
 INSTANTIATE_TEST_SUITE_P(Agent, Render, ::testing::ValuesIn(kAgent));
 
 const Case kCommunities[] = {
-    {"names in quotes",
-     [](Rows& r) {
-       r.communities.push_back({"i", "#a \"b\\", "-Cn", kEngine, "c x", ""});
-     },
+    {"names in quotes", with(&Rows::communities, {"i", "#a \"b\\", "-Cn", kEngine, "c x", ""}),
      "com2sec -Cn \"c x\" \"-Cn\" default \"#a \\\"b\\\\\"", ""},
-    {"a newline in a name",
-     [](Rows& r) {
-       r.communities.push_back({"i", "x\nrwcommunity evil", "s", {}, "", ""});
-     },
+    {"a newline in a name", with(&Rows::communities, {"i", "x\nrwcommunity evil", "s", {}, "", ""}),
      "!com2sec", "snmpCommunityEntry{i}: left out: snmpd takes no control characters in names"},
     {"a context engine ID of another agent",
-     [](Rows& r) {
-       r.communities.push_back({"i", "x", "s", kOtherEngine, "", ""});
-     },
-     "!com2sec",
+     with(&Rows::communities, {"i", "x", "s", kOtherEngine, "", ""}), "!com2sec",
      "snmpCommunityEntry{i}: left out: its context engine ID is not the agent's, and snmpd does "
      "not pass requests on"},
-    {"a name of 33 octets",
-     [](Rows& r) {
-       r.communities.push_back({"i", "x", kLong, {}, "", ""});
-     },
-     "!com2sec",
+    {"a name of 33 octets", with(&Rows::communities, {"i", "x", kLong, {}, "", ""}), "!com2sec",
      "snmpCommunityEntry{i}: left out: snmpd takes security and context names of 1 to 32 octets"},
     {"a transport tag",
      [](Rows& r) {
@@ -161,15 +153,13 @@ INSTANTIATE_TEST_SUITE_P(Communities, Render, ::testing::ValuesIn(kCommunities))
 
 const Case kUsers[] = {
     {"localized keys, names as octets",
-     [](Rows& r) {
-       r.users.push_back({kOtherEngine, "a\n\"", "a\n\"", kSha, kAes, std::string(20, '\x11'),
-                          std::string(16, '\x22')});
-     },
+     with(&Rows::users, {kOtherEngine, "a\n\"", "a\n\"", kSha, kAes, std::string(20, '\x11'),
+                         std::string(16, '\x22')}),
      "usmUser 1 5 0x800000000501 0x610a22 0x610a22 NULL .1.3.6.1.6.3.10.1.1.3 "
      "0x1111111111111111111111111111111111111111 .1.3.6.1.6.3.10.1.2.4 "
      "0x22222222222222222222222222222222 \"\"",
      ""},
-    {"a user without security", [](Rows& r) { r.users.push_back(user(kEngine, "a")); },
+    {"a user without security", with(&Rows::users, user(kEngine, "a")),
      "usmUser 1 5 0x80007ed90461 0x61 0x61 NULL .1.3.6.1.6.3.10.1.1.1 \"\" "
      ".1.3.6.1.6.3.10.1.2.1 \"\" \"\"",
      ""},
@@ -181,9 +171,7 @@ const Case kUsers[] = {
      "!usmUser",
      "usmUserEntry{0x80007ed90461 a}: left out: snmpd does not know its authentication protocol"},
     {"a key of another length",
-     [](Rows& r) {
-       r.users.push_back({kEngine, "a", "a", kSha, kNoPriv, std::string(16, '\x11'), std::nullopt});
-     },
+     with(&Rows::users, {kEngine, "a", "a", kSha, kNoPriv, std::string(16, '\x11'), std::nullopt}),
      "!usmUser",
      "usmUserEntry{0x80007ed90461 a}: left out: its authentication key does not fit the protocol"},
     {"privacy without authentication",
@@ -196,10 +184,7 @@ const Case kUsers[] = {
 INSTANTIATE_TEST_SUITE_P(Users, Render, ::testing::ValuesIn(kUsers));
 
 const Case kAccess[] = {
-    {"a member, names as octets",
-     [](Rows& r) {
-       r.members.push_back({2, "a b", "g\n"});
-     },
+    {"a member, names as octets", with(&Rows::members, {2, "a b", "g\n"}),
      "vacmGroup 1 5 2 0x612062 0x670a", ""},
     {"a member of any model, for the models without a row",
      [](Rows& r) {
@@ -207,34 +192,21 @@ const Case kAccess[] = {
        r.members.push_back({2, "a", "h"});
      },
      "vacmGroup 1 5 3 0x61 0x67", ""},
-    {"an access row",
-     [](Rows& r) {
-       r.accesses.push_back({"g", "c", 3, 2, 2, "r", "", "n"});
-     },
+    {"an access row", with(&Rows::accesses, {"g", "c", 3, 2, 2, "r", "", "n"}),
      "vacmAccess 1 5 3 2 2 0x67 0x63 0x72 \"\" 0x6e", ""},
     {"a view with a mask, and a number past 2^31",
-     [](Rows& r) {
-       r.families.push_back({"v", {1, 3, 4294967295}, "\xbf", 2});
-     },
+     with(&Rows::families, {"v", {1, 3, 4294967295}, "\xbf", 2}),
      "vacmView 1 5 2 0x76 .1.3.4294967295 0xbf", ""},
     // snmpd would add the subtree to the view of the line before.
-    {"a view's name of 33 octets",
-     [](Rows& r) {
-       r.families.push_back({kLong, {1, 3}, "", 1});
-     },
-     "!vacmView",
+    {"a view's name of 33 octets", with(&Rows::families, {kLong, {1, 3}, "", 1}), "!vacmView",
      "vacmViewTreeFamilyEntry{" + kLong + " .1.3}: left out: snmpd takes names of 1 to 32 octets"},
-    {"a view row without a type",
-     [](Rows& r) {
-       r.families.push_back({"v", {1, 3}, "", std::nullopt});
-     },
+    {"a view row without a type", with(&Rows::families, {"v", {1, 3}, "", std::nullopt}),
      "!vacmView", "vacmViewTreeFamilyEntry{v .1.3}: left out: it is neither included nor excluded"},
 };
 INSTANTIATE_TEST_SUITE_P(Access, Render, ::testing::ValuesIn(kAccess));
 
 const Case kNotifications[] = {
-    {"an IPv4 target, in the domain that snmpd knows",
-     [](Rows& r) { r.addresses.push_back(target("x", "p \"1")); },
+    {"an IPv4 target, in the domain that snmpd knows", with(&Rows::addresses, target("x", "p \"1")),
      "targetAddr \"t\" .1.3.6.1.6.1.1 0x7f000001427b 1500 3 \"x\" \"p \\\"1\" 5 1", ""},
     {"an address that does not fit the domain",
      [](Rows& r) {
@@ -249,10 +221,7 @@ const Case kNotifications[] = {
        r.params.push_back({"p", 1, 2, "ops", 1});
      },
      "targetParams \"p\" 1 2 \"secret one\" 1 5 1", ""},
-    {"a security name without a community",
-     [](Rows& r) {
-       r.params.push_back({"p", 1, 2, "ops", 1});
-     },
+    {"a security name without a community", with(&Rows::params, {"p", 1, 2, "ops", 1}),
      "targetParams \"p\" 1 2 \"ops\" 1 5 1",
      "snmpTargetParamsEntry{p}: no community has its security name; snmpd sends the name as the "
      "community"},
@@ -263,10 +232,7 @@ const Case kNotifications[] = {
      },
      "targetParams \"p\" 3 3 \"u\" 3 5 1",
      "snmpTargetParamsEntry{p}: sends nothing: its version is not enabled"},
-    {"informs, names as octets",
-     [](Rows& r) {
-       r.notifies.push_back({"n\n", "x", 2});
-     },
+    {"informs, names as octets", with(&Rows::notifies, {"n\n", "x", 2}),
      "snmpNotifyTable 0x6e0a 0x78 2 5 1", ""},
     {"an inform by SNMPv1",
      [](Rows& r) {

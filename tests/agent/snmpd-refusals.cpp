@@ -38,9 +38,9 @@ class SnmpdRefusals : public World {
   }
 
   // The distribution's snmpd after some commands of a shell.
-  std::string snmpd_after(const std::string& commands) {
+  std::string snmpd_after(const std::string& name, const std::string& commands) {
     const std::string script =
-        write_file("snmpd.sh", "#!/bin/sh\n" + commands + "\nexec /usr/sbin/snmpd \"$@\"\n");
+        write_file(name, "#!/bin/sh\n" + commands + "\nexec /usr/sbin/snmpd \"$@\"\n");
     ::chmod(script.c_str(), 0700);
     return script;
   }
@@ -61,37 +61,37 @@ struct Taken {
 };
 
 TEST_F(SnmpdRefusals, EachIsOneLineWithTheWayOn) {
-  const auto [missing, missing_text] = refused({"--snmpd", "/nowhere/snmpd"});
-  EXPECT_EQ(missing, 2);
-  EXPECT_EQ(missing_text,
-            "standin-agent: cannot run /nowhere/snmpd: No such file or directory; name an snmpd "
-            "with --snmpd");
-
-  const auto [unknown, unknown_text] = refused({"--bogus", "1"});
-  EXPECT_EQ(unknown, 3);
-  EXPECT_EQ(unknown_text, "standin-agent: unknown option: --bogus; --help lists them");
-
   const std::string open = file("open");
   std::filesystem::create_directory(open);
   ::chmod(open.c_str(), 0755);
-  const auto [closed, open_text] = refused({"--dir", open});
-  EXPECT_EQ(closed, 2);
-  EXPECT_THAT(open_text, HasSubstr("is open to others and would hold keys: chmod 700 it"));
+  const struct {
+    Strings options;
+    int status;
+    std::string text;
+  } cases[] = {
+      {{"--snmpd", "/nowhere/snmpd"},
+       2,
+       "cannot run /nowhere/snmpd: No such file or directory; name an snmpd with --snmpd"},
+      {{"--bogus", "1"}, 3, "unknown option: --bogus; --help lists them"},
+      {{"--dir", open}, 2, open + " is open to others and would hold keys: chmod 700 it"},
+      {{"--snmpd", snmpd_after("no-luck", "echo no luck >&2; exit 1")},
+       2,
+       "snmpd does not start: status 1, last words: no luck"},
+      {{"--port-offset", "65535"}, 2, "there is no address to serve on"},
+  };
+  for (const auto& c : cases) {
+    const auto [status, text] = refused(c.options);
+    EXPECT_EQ(status, c.status) << text;
+    EXPECT_THAT(text, StartsWith("standin-agent: " + c.text));
+  }
 
   // snmpd's own verdict on its configuration, by the distribution's program.
-  const std::string bogus = snmpd_after("echo 'bogus words' >> \"${SNMPCONFPATH%%:*}/snmpd.conf\"");
-  const auto [bad, bad_text] = refused({"--snmpd", bogus});
+  const auto [bad, bad_text] =
+      refused({"--snmpd",
+               snmpd_after("bogus", "echo 'bogus words' >> \"${SNMPCONFPATH%%:*}/snmpd.conf\"")});
   EXPECT_EQ(bad, 2);
   EXPECT_THAT(bad_text, StartsWith("standin-agent: snmpd refuses "));
   EXPECT_THAT(bad_text, HasSubstr("Unknown token: bogus"));
-
-  const auto [early, early_text] = refused({"--snmpd", snmpd_after("echo no luck >&2; exit 1")});
-  EXPECT_EQ(early, 2);
-  EXPECT_EQ(early_text, "standin-agent: snmpd does not start: status 1, last words: no luck");
-
-  const auto [nowhere, nowhere_text] = refused({"--port-offset", "65535"});
-  EXPECT_EQ(nowhere, 2);
-  EXPECT_THAT(nowhere_text, StartsWith("standin-agent: there is no address to serve on"));
 
   answers({"set /snmp:snmp/agent/enabled false"});
   const auto [disabled, disabled_text] = refused({});
@@ -135,7 +135,7 @@ TEST_F(SnmpdRefusals, ARereadThatCannotBeServedKeepsTheOneBefore) {
 }
 
 TEST_F(SnmpdRefusals, TheDeathOfSnmpdIsReportedWithItsLastWords) {
-  snmpd_->start({"--snmpd", snmpd_after("echo $$ > " + file("pid"))});
+  snmpd_->start({"--snmpd", snmpd_after("snmpd", "echo $$ > " + file("pid"))});
   ASSERT_FALSE(HasFatalFailure());
   pid_t pid = 0;
   std::ifstream(file("pid")) >> pid;

@@ -12,16 +12,6 @@ std::string up_to(const std::string& text, std::size_t& at, char end) {
   return text.substr(from, at++ - from);
 }
 
-std::vector<std::string> split(const std::string& text, char separator) {
-  std::vector<std::string> parts;
-  for (std::size_t at = 0; at <= text.size();) {
-    const std::size_t end = std::min(text.find(separator, at), text.size());
-    parts.push_back(text.substr(at, end - at));
-    at = end + 1;
-  }
-  return parts;
-}
-
 std::string octets(std::size_t n, char digit) {
   std::string text(3 * n - 1, ':');
   for (std::size_t i = 0; i < text.size(); ++i) {

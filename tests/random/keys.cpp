@@ -3,7 +3,6 @@
 
 #include <array>
 #include <map>
-#include <memory>
 #include <stdexcept>
 #include <tuple>
 
@@ -12,27 +11,15 @@
 namespace random_operations {
 namespace {
 
-class Digest {
- public:
-  explicit Digest(const std::string& name) : context_(EVP_MD_CTX_new(), EVP_MD_CTX_free) {
-    const EVP_MD* const algorithm = name == "md5" ? EVP_md5() : EVP_sha1();
-    if (EVP_DigestInit_ex(context_.get(), algorithm, nullptr) != 1) {
-      throw std::runtime_error("digest");
-    }
+std::string digest_of(const std::string& octets, const std::string& digest) {
+  std::array<unsigned char, EVP_MAX_MD_SIZE> out{};
+  unsigned n = 0;
+  const EVP_MD* const algorithm = digest == "md5" ? EVP_md5() : EVP_sha1();
+  if (EVP_Digest(octets.data(), octets.size(), out.data(), &n, algorithm, nullptr) != 1) {
+    throw std::runtime_error("digest");
   }
-  void add(const std::string& octets) {
-    EVP_DigestUpdate(context_.get(), octets.data(), octets.size());
-  }
-  std::string result() {
-    std::array<unsigned char, EVP_MAX_MD_SIZE> out{};
-    unsigned n = 0;
-    EVP_DigestFinal_ex(context_.get(), out.data(), &n);
-    return {reinterpret_cast<const char*>(out.data()), n};
-  }
-
- private:
-  std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context_;
-};
+  return {reinterpret_cast<const char*>(out.data()), n};
+}
 
 std::string user_key(const std::string& password, const std::string& digest) {
   constexpr std::size_t kOctets = 1048576;
@@ -40,9 +27,7 @@ std::string user_key(const std::string& password, const std::string& digest) {
   all.reserve(kOctets + password.size());
   while (all.size() < kOctets) all += password;
   all.resize(kOctets);
-  Digest md(digest);
-  md.add(all);
-  return md.result();
+  return digest_of(all, digest);
 }
 
 }  // namespace
@@ -53,9 +38,7 @@ std::string localized_key(const std::string& password, const std::string& engine
   static std::map<std::tuple<std::string, std::string>, std::string> made;
   std::string& ku = made[{password, digest}];
   if (ku.empty()) ku = user_key(password, digest);
-  Digest md(digest);
-  md.add(ku + octets(engine_id) + ku);
-  return hex(md.result().substr(0, length));
+  return hex(digest_of(ku + octets(engine_id) + ku, digest).substr(0, length));
 }
 
 }  // namespace random_operations

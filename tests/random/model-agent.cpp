@@ -259,18 +259,14 @@ void show_agent(View& view, const Tables& t) {
   for (const char* v : kVersions) {
     if (answers(t, v)) view.leaf(path + "version/" + v, "");
   }
-  const std::vector<Key> all = listens(t);
-  for (const Key& key : all) {
-    view.leaf(path + "extra-ip-port" + braces(key) + "/ip", key[0]);
-    view.leaf(path + "extra-ip-port" + braces(key) + "/port", key[1]);
+  for (const Key& key : listens(t)) {
+    const std::string entry = view.entry(path + "extra-ip-port", key);
+    view.leaf(entry + "/ip", key[0]);
+    view.leaf(entry + "/port", key[1]);
   }
-  view.list(path + "extra-ip-port", all);
-  std::vector<Key> contexts;
   for (const auto& [key, row] : t.rows("contexts")) {
-    contexts.push_back(key);
-    view.leaf(path + "context" + braces(key) + "/name", key[0]);
+    view.leaf(view.entry(path + "context", key) + "/name", key[0]);
   }
-  view.list(path + "context", contexts);
   if (!t.has(kEngine)) return;
   const Row& settings = t.containers.at(kEngine);
   for (const auto& [name, value] : settings) view.leaf(path + "engine-id/" + name, value);

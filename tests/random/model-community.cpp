@@ -79,14 +79,12 @@ void write_community(Transaction& tx, const Operation& op) {
 }
 
 void show_community(View& view, const Tables& t) {
-  std::vector<Key> all;
   for (const auto& [key, row] : t.rows(kCommunities)) {
-    all.push_back(key);
+    const std::string path = view.entry("/snmp/community", key) + "/";
     for (const auto& [leaf, column] : kCommunityLeaves) {
-      view.optional("/snmp/community" + braces(key) + "/" + leaf, read(row, key, leaf));
+      view.optional(path + leaf, read(row, key, leaf));
     }
   }
-  view.list("/snmp/community", all);
 }
 
 void write_notify(Transaction& tx, const Operation& op) {
@@ -114,15 +112,12 @@ void write_notify(Transaction& tx, const Operation& op) {
 }
 
 void show_notify(View& view, const Tables& t) {
-  std::vector<Key> all;
   for (const auto& [key, row] : t.rows(kNotifications)) {
-    all.push_back(key);
-    const std::string path = "/snmp/notify" + braces(key);
+    const std::string path = view.entry("/snmp/notify", key);
     view.leaf(path + "/name", key[0]);
     view.optional(path + "/tag", Tables::value(kNotifications, row, "snmpNotifyTag"));
     view.optional(path + "/type", Tables::value(kNotifications, row, "snmpNotifyType"));
   }
-  view.list("/snmp/notify", all);
 }
 
 }  // namespace random_operations

@@ -131,16 +131,13 @@ void write_stored(Tables& t, const Operation& op) {
 
 void show_stored(View& view, const Tables& t) {
   for (const TableShape& table : shapes()) {
-    std::vector<Key> all;
     for (const auto& [key, row] : t.rows(table.list)) {
-      all.push_back(key);
-      const std::string path = table.path() + braces(key) + "/";
+      const std::string path = view.entry(table.path(), key) + "/";
       for (std::size_t i = 0; i < key.size(); ++i) view.leaf(path + table.keys[i].name, key[i]);
       for (const auto& [column, value] : row) {
         view.leaf(path + column, column.ends_with("/password") ? "$8$" : value);
       }
     }
-    view.list(table.path(), all);
   }
   for (const auto& [name, container] : containers()) {
     if (!t.has(name)) continue;
@@ -150,15 +147,12 @@ void show_stored(View& view, const Tables& t) {
   for (const char* name : {"snmpVersions", "snmpEngine"}) {
     if (t.has(name) && t.containers.at(name).empty()) view.empty(containers().at(name).path);
   }
-  std::vector<Key> all;
   for (const auto& [key, row] : t.rows("contexts")) {
-    all.push_back(key);
-    view.leaf("/confdConfig/snmpAgent/contexts" + braces(key) + "/name", key[0]);
+    view.leaf(view.entry("/confdConfig/snmpAgent/contexts", key) + "/name", key[0]);
   }
-  view.list("/confdConfig/snmpAgent/contexts", all);
   if (t.extra_ip_ports) view.leaf_list("/confdConfig/snmpAgent/extraIpPorts", *t.extra_ip_ports);
   const bool bare = t.has("snmpAgent") && t.containers.at("snmpAgent").empty() &&
-                    !t.has("snmpVersions") && !t.has("snmpEngine") && all.empty() &&
+                    !t.has("snmpVersions") && !t.has("snmpEngine") && t.rows("contexts").empty() &&
                     !t.extra_ip_ports;
   if (bare) view.empty("/confdConfig/snmpAgent");
 }

@@ -1,7 +1,6 @@
 // Targets: a row of addresses, and the row of parameters that it names.
 #include <algorithm>
 #include <array>
-#include <sstream>
 
 #include "model.h"
 
@@ -94,6 +93,19 @@ void select(Tables& t, Row& target, const Case& to) {
   params[kMp] = to.mp;
 }
 
+struct Leaf {
+  const char* column;
+  Admits admits;
+};
+// Those that are a column of the target's row as it stands.
+const std::map<std::string, Leaf> kLeaves{
+    {"timeout",
+     {"snmpTargetAddrTimeout",
+      [](const std::string& v) { return admits::whole(v, 0, INT32_MAX); }}},
+    {"retries",
+     {"snmpTargetAddrRetryCount", [](const std::string& v) { return admits::whole(v, 0, 255); }}},
+    {"engine-id", {"snmpTargetAddrEngineID", admits::engine}}};
+
 struct Address {
   std::string ip;  // octets
   unsigned port = 162;
@@ -118,13 +130,14 @@ void store_address(Row& row, const Address& a) {
       hex(a.ip + static_cast<char>(a.port / 256) + static_cast<char>(a.port % 256));
 }
 
+std::string tag_list(const Row& row) {
+  return *Tables::value(kTargets, row, "snmpTargetAddrTagList");
+}
+
 std::vector<std::string> tags(const Row& row) {
-  std::istringstream list(Tables::value(kTargets, row, "snmpTargetAddrTagList").value_or(""));
-  std::vector<std::string> result;
-  for (std::string word; std::getline(list, word, ' ');) {
-    if (!word.empty()) result.push_back(word);
-  }
-  return result;
+  std::vector<std::string> words = split(tag_list(row), ' ');
+  std::erase(words, "");
+  return words;
 }
 
 std::string joined(const std::vector<std::string>& all) {
@@ -145,11 +158,9 @@ std::optional<std::string> read(const Tables& t, const Row& row, const Operation
     const auto a = shown_address(row);
     return a ? std::optional(std::to_string(a->port)) : std::nullopt;
   }
-  if (leaf == "timeout") return Tables::value(kTargets, row, "snmpTargetAddrTimeout");
-  if (leaf == "retries") return Tables::value(kTargets, row, "snmpTargetAddrRetryCount");
-  if (leaf == "engine-id") {
-    const auto id = column(row, "snmpTargetAddrEngineID");
-    return id == "" ? std::nullopt : id;
+  if (const auto plain = kLeaves.find(leaf); plain != kLeaves.end()) {
+    const auto value = Tables::value(kTargets, row, plain->second.column);
+    return value == "" ? std::nullopt : value;
   }
   if (params == nullptr) return std::nullopt;
   if (leaf == "sec-level") {
@@ -172,9 +183,8 @@ void check_value(const Operation& op) {
   if (leaf == "ip") require(ip(op.value()));
   if (leaf == "port") require(whole(op.value(), 0, 65535));
   if (leaf == "prefix-length") require(whole(op.value(), 0, 128));
-  if (leaf == "timeout") require(whole(op.value(), 0, INT32_MAX));
-  if (leaf == "retries") require(whole(op.value(), 0, 255));
-  if (leaf == "engine-id") require(engine(op.value()));
+  const auto plain = kLeaves.find(leaf);
+  if (plain != kLeaves.end()) require(plain->second.admits(op.value()));
   if (leaf == "sec-name" || leaf == "user-name") require(text(op.value()));
   if (leaf == "tag") {
     for (const std::string& v : op.values) require(word(v));
@@ -201,12 +211,8 @@ void set_leaf(Transaction& tx, const Operation& op) {
     return;  // has no place in the tables
   } else if (leaf == "name") {
     require(op.value() == key[0]);
-  } else if (leaf == "timeout") {
-    row["snmpTargetAddrTimeout"] = op.value();
-  } else if (leaf == "retries") {
-    row["snmpTargetAddrRetryCount"] = op.value();
-  } else if (leaf == "engine-id") {
-    row["snmpTargetAddrEngineID"] = op.value();
+  } else if (const auto plain = kLeaves.find(leaf); plain != kLeaves.end()) {
+    row[plain->second.column] = op.value();
   } else if (leaf == "tag") {
     require(admits::text(joined(op.values)));
     row["snmpTargetAddrTagList"] = joined(op.values);
@@ -241,7 +247,7 @@ void create(Transaction& tx, const Operation& op) {
   require(admits::word(word));
   std::vector<std::string> all = tags(row);
   if (std::find(all.begin(), all.end(), word) != all.end()) return;
-  std::string list = Tables::value(kTargets, row, "snmpTargetAddrTagList").value_or("");
+  std::string list = tag_list(row);
   list += (list.empty() ? "" : " ") + word;
   require(admits::text(list), "Tag list too long");
   row["snmpTargetAddrTagList"] = list;
@@ -255,7 +261,7 @@ void remove_target(Tables& t, const Key& key) {
 }
 
 void remove_tag(Row& row, const std::string& word) {
-  std::string list = Tables::value(kTargets, row, "snmpTargetAddrTagList").value_or("");
+  std::string list = tag_list(row);
   // Found as a word: with blanks or ends around.
   const std::size_t at = (" " + list + " ").find(" " + word + " ");
   list.erase(at == 0 ? 0 : at - 1, word.size() + 1);
@@ -285,9 +291,8 @@ void remove_leaf(Transaction& tx, Row& row, const Operation& op) {
   }
   require(read(tx.t, row, op).has_value(), kNotThere);
   if (leaf == "name") refuse("Tried to delete invalid tag: name");
-  if (leaf == "timeout") row.erase("snmpTargetAddrTimeout");
-  if (leaf == "retries") row.erase("snmpTargetAddrRetryCount");
-  if (leaf == "engine-id") row.erase("snmpTargetAddrEngineID");
+  if (const auto plain = kLeaves.find(leaf); plain != kLeaves.end())
+    row.erase(plain->second.column);
   if (leaf == "ip") {
     row.erase("snmpTargetAddrTDomain");
     row.erase("snmpTargetAddrTAddress");
@@ -347,10 +352,8 @@ bool show_leaf(View& view, const Tables& t, const Key& key, const Row& row,
 }  // namespace
 
 void show_target(View& view, const Tables& t) {
-  std::vector<Key> all;
   for (const auto& [key, row] : t.rows(kTargets)) {
-    all.push_back(key);
-    const std::string path = "/snmp/target" + braces(key);
+    const std::string path = view.entry("/snmp/target", key);
     for (const char* leaf : {"name", "ip", "port", "timeout", "retries", "engine-id"}) {
       show_leaf(view, t, key, row, leaf);
     }
@@ -364,7 +367,6 @@ void show_target(View& view, const Tables& t) {
     const bool level = *now == "usm" && show_leaf(view, t, key, row, "usm/sec-level");
     if (!name && !level) view.empty(path + "/" + *now);
   }
-  view.list("/snmp/target", all);
 }
 
 }  // namespace random_operations

@@ -253,17 +253,15 @@ bool user_holds(Tables t, const Key& unit) {
 }
 
 void show_usm(View& view, Tables& t, bool may_write) {
-  std::map<std::string, std::vector<Key>> users;  // by list
-  std::vector<Key> engines;
+  std::string last;  // remote engine
   for (auto& [key, stored] : t.rows(kUsers)) {
     const bool local = key[0] == t.engine_id();
-    const std::string above = local ? "/snmp/usm/local" : "/snmp/usm/remote" + braces({key[0]});
-    if (!local && (engines.empty() || engines.back()[0] != key[0])) {
-      engines.push_back({key[0]});
-      view.leaf(above + "/engine-id", key[0]);
+    if (!local && key[0] != last) {
+      last = key[0];
+      view.leaf(view.entry("/snmp/usm/remote", {last}) + "/engine-id", last);
     }
-    users[above + "/user"].push_back({key[1]});
-    const std::string path = above + "/user" + braces({key[1]}) + "/";
+    const std::string above = local ? "/snmp/usm/local" : "/snmp/usm/remote" + braces({key[0]});
+    const std::string path = view.entry(above + "/user", {key[1]}) + "/";
     view.leaf(path + "name", key[1]);
     const auto name = column(stored, "usmUserSecurityName");
     if (name != key[1]) view.optional(path + "security-name", name);
@@ -284,8 +282,6 @@ void show_usm(View& view, Tables& t, bool may_write) {
       }
     }
   }
-  view.list("/snmp/usm/remote", engines);
-  for (const auto& [list, names] : users) view.list(list, names);
 }
 
 }  // namespace random_operations

@@ -161,58 +161,40 @@ std::set<std::string> groups(const Tables& t) {
   return names;
 }
 
-void show_access(View& view, const Tables& t, const std::string& group) {
-  const std::string path = "/snmp/vacm/group" + braces({group}) + "/access";
-  std::vector<Key> all;
+void show_access(View& view, const Tables& t, const std::string& group, const std::string& path) {
   for (const auto& [key, row] : t.rows(kAccess)) {
     if (key[0] != group) continue;
-    all.push_back({key[1], shown_model(key[2]), shown_level(key[3])});
-    const std::string entry = path + braces(all.back()) + "/";
-    view.leaf(entry + "context", all.back()[0]);
-    view.leaf(entry + "sec-model", all.back()[1]);
-    view.leaf(entry + "sec-level", all.back()[2]);
+    const Key shown{key[1], shown_model(key[2]), shown_level(key[3])};
+    const std::string entry = view.entry(path + "/access", shown) + "/";
+    view.leaf(entry + "context", shown[0]);
+    view.leaf(entry + "sec-model", shown[1]);
+    view.leaf(entry + "sec-level", shown[2]);
     for (const auto& [leaf, column] : kAccessLeaves) {
       view.optional(entry + leaf, Tables::value(kAccess, row, column));
     }
   }
-  view.list(path, all);
 }
 
-void show_members(View& view, const Tables& t, const std::string& group) {
-  const std::string path = "/snmp/vacm/group" + braces({group}) + "/member";
+void show_members(View& view, const Tables& t, const std::string& group, const std::string& path) {
   std::map<std::string, std::vector<std::string>> models;  // by member
   for (const auto& [key, row] : t.rows(kMembers)) {
     if (group_of(row) == group) models[key[1]].push_back(shown_model(key[0]));
   }
-  std::vector<Key> all;
   for (const auto& [member, of] : models) {
-    all.push_back({member});
-    view.leaf(path + braces({member}) + "/sec-name", member);
-    view.leaf_list(path + braces({member}) + "/sec-model", of);
+    const std::string entry = view.entry(path + "/member", {member});
+    view.leaf(entry + "/sec-name", member);
+    view.leaf_list(entry + "/sec-model", of);
   }
-  view.list(path, all);
 }
 
 // --------------------------------------------------------------------------- views
-
-std::vector<std::string> components(const std::string& text) {
-  std::vector<std::string> parts(1);
-  for (const char c : text) {
-    if (c == '.') {
-      parts.emplace_back();
-    } else {
-      parts.back() += c;
-    }
-  }
-  return parts;
-}
 
 struct Subtree {
   std::string oid, mask;
 };
 
 Subtree subtree(const std::string& text) {
-  const std::vector<std::string> parts = components(text);
+  const std::vector<std::string> parts = split(text, '.');
   const std::string invalid = "Invalid subtree: ";
   require(text.size() <= 255 && parts.size() <= 128, invalid);
   Subtree result;
@@ -286,14 +268,12 @@ void write_group(Transaction& tx, const Operation& op) {
 }
 
 void show_group(View& view, const Tables& t) {
-  std::vector<Key> all;
   for (const std::string& group : groups(t)) {
-    all.push_back({group});
-    view.leaf("/snmp/vacm/group" + braces({group}) + "/name", group);
-    show_members(view, t, group);
-    show_access(view, t, group);
+    const std::string path = view.entry("/snmp/vacm/group", {group});
+    view.leaf(path + "/name", group);
+    show_members(view, t, group, path);
+    show_access(view, t, group, path);
   }
-  view.list("/snmp/vacm/group", all);
 }
 
 void write_view(Transaction& tx, const Operation& op) {
@@ -321,23 +301,19 @@ bool subtree_holds(const Tables& t, const Key& key) {
 }
 
 void show_view(View& view, const Tables& t) {
-  std::vector<Key> all;
-  std::map<std::string, std::vector<Key>> subtrees;  // by list
+  std::string path, last;
   for (const auto& [key, row] : t.rows(kViews)) {
-    const std::string path = "/snmp/vacm/view" + braces({key[0]});
-    if (all.empty() || all.back()[0] != key[0]) {
-      all.push_back({key[0]});
-      view.leaf(path + "/name", key[0]);
+    if (key[0] != last) {
+      last = key[0];
+      path = view.entry("/snmp/vacm/view", {last});
+      view.leaf(path + "/name", last);
     }
     const std::string text = shown_oid(key[1]);
-    subtrees[path + "/subtree"].push_back({text});
-    const std::string entry = path + "/subtree" + braces({text}) + "/";
+    const std::string entry = view.entry(path + "/subtree", {text}) + "/";
     view.leaf(entry + "oid", text);
     const auto type = row.find("vacmViewTreeFamilyType");
     if (type != row.end()) view.leaf(entry + type->second, "");
   }
-  view.list("/snmp/vacm/view", all);
-  for (const auto& [list, entries] : subtrees) view.list(list, entries);
 }
 
 }  // namespace random_operations

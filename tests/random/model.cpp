@@ -13,15 +13,14 @@ void View::leaf_list(const std::string& path, const std::vector<std::string>& va
   leaf(path, words(values));
 }
 
-void View::list(const std::string& path, const std::vector<Key>& entries) {
-  if (entries.empty()) return;
-  std::string line = path + ":";
-  for (const Key& key : entries) line += ' ' + braces(key);
-  add(std::move(line));
+std::string View::entry(const std::string& list, const Key& keys) {
+  entries_[list] += ' ' + braces(keys);
+  return list + braces(keys);
 }
 
 std::vector<std::string> View::sorted() const {
   std::vector<std::string> lines = lines_;
+  for (const auto& [list, entries] : entries_) lines.push_back(list + ":" + entries);
   std::sort(lines.begin(), lines.end());
   return lines;
 }

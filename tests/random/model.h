@@ -27,18 +27,19 @@ class View {
  public:
   void leaf(const std::string& path, const std::string& value) { add(path + " = " + value); }
   void leaf_list(const std::string& path, const std::vector<std::string>& values);
-  void list(const std::string& path, const std::vector<Key>& entries);
+  // An entry of the list, after those before it; its path.
+  std::string entry(const std::string& list, const Key& keys);
   void empty(const std::string& path) { add(path + " {}"); }
   void error(const std::string& path, const std::string& text) { add(path + " error: " + text); }
   void optional(const std::string& path, const std::optional<std::string>& value) {
     if (value) leaf(path, *value);
   }
-  std::size_t size() const { return lines_.size(); }
   std::vector<std::string> sorted() const;
 
  private:
   void add(std::string line) { lines_.push_back(std::move(line)); }
   std::vector<std::string> lines_;
+  std::map<std::string, std::string> entries_;  // by list
 };
 
 // What a transaction holds beside the tables.

@@ -76,6 +76,16 @@ bool whole(const std::string& v, long long least, long long most) {
 
 }  // namespace admits
 
+std::vector<std::string> split(const std::string& text, char separator) {
+  std::vector<std::string> parts;
+  for (std::size_t at = 0; at <= text.size();) {
+    const std::size_t end = std::min(text.find(separator, at), text.size());
+    parts.push_back(text.substr(at, end - at));
+    at = end + 1;
+  }
+  return parts;
+}
+
 bool one_of(const std::string& v, std::initializer_list<std::string_view> labels) {
   return std::find(labels.begin(), labels.end(), v) != labels.end();
 }
@@ -87,16 +97,14 @@ constexpr std::array<std::pair<const char*, const char*>, 3> kLevels{
      {"auth-priv", "authPriv"}}};
 }  // namespace
 
-bool is_level(const std::string& shown) {
-  return one_of(shown, {"no-auth-no-priv", "auth-no-priv", "auth-priv"});
-}
-
 std::string stored_level(const std::string& shown) {
   for (const auto& [label, stored] : kLevels) {
     if (shown == label) return stored;
   }
   return shown;
 }
+
+bool is_level(const std::string& shown) { return stored_level(shown) != shown; }
 
 std::string shown_level(const std::string& stored) {
   for (const auto& [label, name] : kLevels) {
@@ -107,11 +115,8 @@ std::string shown_level(const std::string& stored) {
 
 std::string shown_oid(const std::string& stored) {
   std::string text;
-  for (std::size_t at = 0; at < stored.size();) {
-    const std::size_t end = std::min(stored.find('.', at), stored.size());
-    const std::string part = stored.substr(at, end - at);
-    text += (at == 0 ? "" : ".") + (part == "0" ? "*" : part);
-    at = end + 1;
+  for (const std::string& part : split(stored, '.')) {
+    text += (text.empty() ? "" : ".") + (part == "0" ? "*" : part);
   }
   return text;
 }

@@ -27,6 +27,7 @@ bool boolean(const std::string& v);
 bool whole(const std::string& v, long long least, long long most);
 }  // namespace admits
 
+std::vector<std::string> split(const std::string& text, char separator);  // empty parts too
 bool one_of(const std::string& v, std::initializer_list<std::string_view> labels);
 // The two names of a security level; nothing is admitted that is not one.
 bool is_level(const std::string& shown);

@@ -55,24 +55,6 @@ TEST_F(Agent, MessageSizeReadsWithinItsBounds) {
             "18446744073709551615\n");
 }
 
-TEST_F(Agent, WritesOnAFreshDatabaseCreateTheContainersFirst) {
-  const struct {
-    std::string write, read, value;
-  } cases[] = {
-      {"create " + kContexts + "{blue}", "keys " + kSettings + "/contexts", "blue"},
-      {"create " + kAgent + "/extra-ip-port{192.0.2.1 161}", "get " + kSettings + "/extraIpPorts",
-       "192.0.2.1:161"},
-      {"set " + kAgent + "/max-message-size 1500", "get " + kMessageSize, "1500"},
-      {"set " + kAgent + "/contact ops", "get " + kSystem + "/sysContact", "ops"},
-      {"create " + kAgent + "/version/v1", "get " + kVersions + "/v1", "true"},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(answers({"exists " + kSettings, c.write, "exists " + kSettings, c.read, "abort"}),
-              "false\ntrue\n" + c.value + "\n")
-        << c.write;
-  }
-}
-
 TEST_F(Agent, VersionIsThereWhileItsBooleanIsTrue) {
   Strings reads;
   for (const char* version : {"v1", "v2c", "v3"}) {
@@ -101,23 +83,6 @@ TEST_F(Agent, ContextsAreListedReadAndDeletedOnBothSides) {
   EXPECT_EQ(answers(lists), "\"a b\"\nblue\n\"a b\"\nblue\n");
   answers({"delete " + kContexts});
   EXPECT_EQ(answers({"keys " + kSettings + "/contexts", "get " + kAgent + "/name"}), "box\n");
-}
-
-TEST_F(Agent, KeyLeavesAreNeverTheAgentsOwn) {
-  const std::string context = kContexts + "{blue}", listen = kAgent + "/extra-ip-port{::1 162}";
-  answers({"set " + kAgent + "/name box", "set " + kAgent + "/ip 192.0.2.1",
-           "set " + kAgent + "/port 161", "create " + context, "create " + listen});
-  EXPECT_EQ(answers({"set " + context + "/name blue", "set " + listen + "/ip ::1",
-                     "set " + listen + "/port 162", "get " + kAgent + "/name",
-                     "get " + kAgent + "/ip", "get " + kAgent + "/port", "get " + context + "/name",
-                     "get " + listen + "/ip", "get " + listen + "/port"}),
-            "box\n192.0.2.1\n161\nblue\n::1\n162\n");
-  EXPECT_EQ(told({"delete " + context + "/name", "delete " + listen + "/ip",
-                  "delete " + listen + "/port"}),
-            "error: Tried to delete invalid tag: name\n"
-            "error: Tried to delete invalid tag: ip\n"
-            "error: Tried to delete invalid tag: port\n");
-  EXPECT_EQ(answers({"keys " + kContexts, "keys " + kAgent + "/extra-ip-port"}), "blue\n::1 162\n");
 }
 
 TEST_F(Agent, ShowIsTakenBackByLoad) {

@@ -79,6 +79,7 @@ TEST_F(StatusPort, ClosedPipeEndsTheDaemonOnlyWithC) {
   daemon_->close_input();
   EXPECT_EQ(daemon_ends(), 0);
   daemon_.reset();
+  EXPECT_EQ(start_transform({"-P", port(), "-s", "-c"}, Process::Input::closed)->wait(), 0);
 }
 
 TEST_F(StatusPort, ClosedStandardInputKeepsNothingAwake) {
