@@ -66,27 +66,20 @@ class WaitForStatus : public ::testing::Test {
   }
 };
 
-TEST_F(WaitForStatus, RunningDaemonIsAskedOnce) {
-  ScriptedServer server("\x02\x02");
-  EXPECT_EQ(wait(), 0);
-  EXPECT_EQ(server.queries(), 1u);
-}
-
-TEST_F(WaitForStatus, DaemonThatGetsThereWithinFifteenAnswersIsWaitedFor) {
-  ScriptedServer server(std::string(14, '\x01') + "\x02");
-  EXPECT_EQ(wait(), 0);
-  EXPECT_EQ(server.queries(), 15u);
-}
-
-TEST_F(WaitForStatus, FifteenOtherAnswersGiveOne) {
-  ScriptedServer server(std::string(15, '\xff') + "\x02");
-  EXPECT_EQ(wait(), 1);
-  EXPECT_EQ(server.queries(), 15u);
-}
-
-TEST_F(WaitForStatus, DaemonThatClosesGivesTwo) {
-  ScriptedServer server("\x01\x01");
-  EXPECT_EQ(wait(), 2);
+TEST_F(WaitForStatus, FifteenAnswersAreWaitedForAndNoMore) {
+  const struct {
+    std::string answers;  // the daemon closes after the last
+    int status;
+    std::size_t queries;
+  } cases[] = {{"\x02\x02", 0, 1},
+               {std::string(14, '\x01') + "\x02", 0, 15},
+               {std::string(15, '\xff') + "\x02", 1, 15},
+               {"\x01\x01", 2, 2}};
+  for (const auto& c : cases) {
+    ScriptedServer server(c.answers);
+    EXPECT_EQ(wait(), c.status);
+    EXPECT_EQ(server.queries(), c.queries);
+  }
 }
 
 TEST_F(WaitForStatus, NobodyListeningGivesTwoAfterTenRefusals) {

@@ -27,9 +27,9 @@ FrameWriter agreeable(Op op) {
   }
 }
 
-ScriptedDaemon::Script always_agreeable() {
-  return [](Op op, std::uint64_t) { return agreeable(op); };
-}
+const ScriptedDaemon::Script always_agreeable = [](auto&, Op op, std::uint64_t) {
+  return agreeable(op);
+};
 
 ErrorCode refused_with(const std::function<void()>& work, std::string* text = nullptr) {
   try {
@@ -44,8 +44,8 @@ ErrorCode refused_with(const std::function<void()>& work, std::string* text = nu
 using Daemons = ServerTest;
 
 TEST_F(Daemons, FirstTouchAndEndComeInPairsPerTransaction) {
-  ScriptedDaemon touched(port(), "touched", "community", always_agreeable());
-  ScriptedDaemon other(port(), "other", "notify", always_agreeable());
+  ScriptedDaemon touched(port(), "touched", "community", always_agreeable);
+  ScriptedDaemon other(port(), "other", "notify", always_agreeable);
   {
     NorthboundSession session(port(), "test", Access::write);
     session.get(at(kName));
@@ -71,12 +71,12 @@ TEST_F(Daemons, FirstTouchAndEndComeInPairsPerTransaction) {
 
 TEST_F(Daemons, SlowCallbackHindersNoOther) {
   Gate entered, leave;
-  ScriptedDaemon slow(port(), "slow", "community", [&](Op op, std::uint64_t) {
+  ScriptedDaemon slow(port(), "slow", "community", [&](ScriptedDaemon&, Op op, std::uint64_t) {
     entered.open();
     leave.wait();
     return agreeable(op);
   });
-  ScriptedDaemon quick(port(), "quick", "notify", always_agreeable());
+  ScriptedDaemon quick(port(), "quick", "notify", always_agreeable);
   auto waiting = std::async(std::launch::async, [this] {
     NorthboundSession session(port(), "patient", Access::read);
     return session.get(at(kName))->texts.front();
@@ -91,12 +91,11 @@ TEST_F(Daemons, SlowCallbackHindersNoOther) {
 }
 
 TEST_F(Daemons, DeathInACallbackRefusesItAndAnotherMayTakeItsPlace) {
-  std::unique_ptr<ScriptedDaemon> mortal;
-  mortal =
-      std::make_unique<ScriptedDaemon>(port(), "mortal", "community", [&](Op op, std::uint64_t) {
-        mortal->die();
-        return agreeable(op);
-      });
+  ScriptedDaemon mortal(port(), "mortal", "community",
+                        [](ScriptedDaemon& self, Op op, std::uint64_t) {
+                          self.die();
+                          return agreeable(op);
+                        });
   NorthboundSession session(port(), "test", Access::write);
   session.set(at(kSysName), {"kept"});
   std::string text;
@@ -104,7 +103,7 @@ TEST_F(Daemons, DeathInACallbackRefusesItAndAnotherMayTakeItsPlace) {
   EXPECT_NE(text.find("mortal"), std::string::npos) << text;
   EXPECT_NE(text.find("community"), std::string::npos) << text;
   EXPECT_EQ(refused_with([&] { session.get(at(kName)); }), ErrorCode::gone);
-  ScriptedDaemon heir(port(), "mortal", "community", always_agreeable());
+  ScriptedDaemon heir(port(), "mortal", "community", always_agreeable);
   EXPECT_EQ(session.get(at(kName))->texts.front(), "text");
   session.commit();
   EXPECT_EQ(heir.count(Op::trans_init), 1U);
@@ -112,7 +111,7 @@ TEST_F(Daemons, DeathInACallbackRefusesItAndAnotherMayTakeItsPlace) {
 }
 
 TEST_F(Daemons, CommitIsRefusedWhenADaemonThatTookWritesHasGone) {
-  auto writer = std::make_unique<ScriptedDaemon>(port(), "writer", "notify", always_agreeable());
+  auto writer = std::make_unique<ScriptedDaemon>(port(), "writer", "notify", always_agreeable);
   NorthboundSession session(port(), "test", Access::write);
   session.set(at(kSysName), {"lost"});
   session.set(at(kTag), {"tag"});
@@ -123,11 +122,11 @@ TEST_F(Daemons, CommitIsRefusedWhenADaemonThatTookWritesHasGone) {
 }
 
 TEST_F(Daemons, NonsenseCostsTheDaemonOnlyAndAnAnswerThatDoesNotFitNothing) {
-  ScriptedDaemon odd(port(), "odd", "community", [](Op, std::uint64_t) {
+  ScriptedDaemon odd(port(), "odd", "community", [](auto&, Op, std::uint64_t) {
     return std::move(FrameWriter().put("not a kind of answer"));
   });
   ScriptedDaemon forgetful(port(), "forgetful", "notify",
-                           [](Op, std::uint64_t) { return reply(ReplyKind::none); });
+                           [](auto&, Op, std::uint64_t) { return reply(ReplyKind::none); });
   NorthboundSession session(port(), "test", Access::read);
   std::string text;
   EXPECT_EQ(refused_with([&] { session.get(at(kName)); }, &text), ErrorCode::gone);
@@ -142,18 +141,17 @@ TEST_F(Daemons, SilenceEndsTheDaemonButItsOwnRequestsKeepItAlive) {
   serve(std::chrono::seconds(1));
   Gate never;
   std::atomic<bool> silent = false;
-  std::unique_ptr<ScriptedDaemon> daemon;
-  daemon = std::make_unique<ScriptedDaemon>(port(), "thinker", "community",
-                                            [&](Op op, std::uint64_t handle) {
-                                              // Three times 0.6 s is more than the limit; no two
-                                              // requests are that far apart.
-                                              for (int i = 0; i < 3 && !silent; ++i) {
-                                                never.wait(std::chrono::milliseconds(600));
-                                                daemon->get(handle, kSysName);
-                                              }
-                                              if (silent) never.wait();
-                                              return agreeable(op);
-                                            });
+  ScriptedDaemon daemon(port(), "thinker", "community",
+                        [&](ScriptedDaemon& self, Op op, std::uint64_t handle) {
+                          // Three times 0.6 s is more than the limit; no two
+                          // requests are that far apart.
+                          for (int i = 0; i < 3 && !silent; ++i) {
+                            never.wait(std::chrono::milliseconds(600));
+                            self.get(handle, kSysName);
+                          }
+                          if (silent) never.wait();
+                          return agreeable(op);
+                        });
   NorthboundSession session(port(), "test", Access::write);
   session.set(at(kSysName), {"here"});
   EXPECT_EQ(session.get(at(kName))->texts.front(), "text");
@@ -167,13 +165,12 @@ TEST_F(Daemons, SilenceEndsTheDaemonButItsOwnRequestsKeepItAlive) {
 
 TEST_F(Daemons, ReentryAndWritesInAReadTransactionAreRefusedAtOnceAndCostNothingElse) {
   ErrorCode reentry{}, write{};
-  std::unique_ptr<ScriptedDaemon> daemon;
-  daemon = std::make_unique<ScriptedDaemon>(
-      port(), "narcissus", "community", [&](Op op, std::uint64_t handle) {
-        reentry = refused_with([&] { daemon->get(handle, kName); });
-        write = refused_with([&] { daemon->set(handle, kSysName, "sneaky"); });
-        return agreeable(op);
-      });
+  ScriptedDaemon daemon(port(), "narcissus", "community",
+                        [&](ScriptedDaemon& self, Op op, std::uint64_t handle) {
+                          reentry = refused_with([&] { self.get(handle, kName); });
+                          write = refused_with([&] { self.set(handle, kSysName, "sneaky"); });
+                          return agreeable(op);
+                        });
   NorthboundSession session(port(), "test", Access::read);
   EXPECT_EQ(session.get(at(kName))->texts.front(), "text");
   EXPECT_EQ(reentry, ErrorCode::deadlock);
@@ -185,18 +182,17 @@ TEST_F(Daemons, ReentryAndWritesInAReadTransactionAreRefusedAtOnceAndCostNothing
 TEST_F(Daemons, CycleOfTransactionsIsBrokenByOneRefusal) {
   Gate both_inside;
   std::atomic<int> inside = 0, deadlocks = 0;
-  std::unique_ptr<ScriptedDaemon> first, second;
-  const auto script = [&](std::unique_ptr<ScriptedDaemon>& self, const std::string& wanted) {
-    return [&, wanted](Op op, std::uint64_t handle) {
+  const auto script = [&](const std::string& wanted) {
+    return [&, wanted](ScriptedDaemon& self, Op op, std::uint64_t handle) {
       if (inside.fetch_add(1) >= 2) return agreeable(op);
       if (inside == 2) both_inside.open();
       both_inside.wait();
-      if (refused_with([&] { self->get(handle, wanted); }) == ErrorCode::deadlock) ++deadlocks;
+      if (refused_with([&] { self.get(handle, wanted); }) == ErrorCode::deadlock) ++deadlocks;
       return agreeable(op);
     };
   };
-  first = std::make_unique<ScriptedDaemon>(port(), "first", "community", script(first, kTag));
-  second = std::make_unique<ScriptedDaemon>(port(), "second", "notify", script(second, kName));
+  ScriptedDaemon first(port(), "first", "community", script(kTag));
+  ScriptedDaemon second(port(), "second", "notify", script(kName));
   const auto read = [this](const std::string& path) {
     NorthboundSession session(port(), "test", Access::read);
     return session.get(at(path))->texts.front();
@@ -209,15 +205,15 @@ TEST_F(Daemons, CycleOfTransactionsIsBrokenByOneRefusal) {
 }
 
 TEST_F(Daemons, RegistrationIsRefusedForWhatIsTakenOrUnknown) {
-  auto holder = std::make_unique<ScriptedDaemon>(port(), "holder", "community", always_agreeable());
+  auto holder = std::make_unique<ScriptedDaemon>(port(), "holder", "community", always_agreeable);
   const auto attempt = [this](const std::string& name, const std::string& point) {
-    return refused_with([&] { ScriptedDaemon(port(), name, point, always_agreeable()); });
+    return refused_with([&] { ScriptedDaemon(port(), name, point, always_agreeable); });
   };
   EXPECT_EQ(attempt("holder", "notify"), ErrorCode::inuse);
   EXPECT_EQ(attempt("thief", "community"), ErrorCode::inuse);
   EXPECT_EQ(attempt("lost", "no such point"), ErrorCode::noexists);
   holder.reset();
-  ScriptedDaemon heir(port(), "holder", "community", always_agreeable());
+  ScriptedDaemon heir(port(), "holder", "community", always_agreeable);
   NorthboundSession session(port(), "test", Access::read);
   EXPECT_EQ(session.get(at(kName))->texts.front(), "text");
 }
@@ -226,7 +222,7 @@ TEST_F(Daemons, WithoutADaemonNothingIsThereAndNothingCanBeWritten) {
   NorthboundSession session(port(), "test", Access::write);
   EXPECT_FALSE(session.get(at(kTag)).has_value());
   EXPECT_THROW(session.set(at(kTag), {"x"}), Refused);
-  { ScriptedDaemon brief(port(), "brief", "notify", always_agreeable()); }
+  { ScriptedDaemon brief(port(), "brief", "notify", always_agreeable); }
   EXPECT_EQ(refused_with([&] { session.get(at(kTag)); }), ErrorCode::gone);
 }
 
@@ -235,14 +231,13 @@ TEST_F(Daemons, ClientThatVanishesInTheMiddleCostsNoDaemon) {
   Gate entered, client_gone, done;
   ErrorCode write_refusal{};
   std::string read;
-  std::unique_ptr<ScriptedDaemon> daemon;
-  daemon = std::make_unique<ScriptedDaemon>(
-      port(), "steady", "notify", [&](Op op, std::uint64_t handle) {
+  ScriptedDaemon daemon(
+      port(), "steady", "notify", [&](ScriptedDaemon& self, Op op, std::uint64_t handle) {
         if (op != Op::cb_set_elem) return agreeable(op);
         entered.open();
         client_gone.wait();
-        read = daemon->get(handle, kSysName);
-        write_refusal = refused_with([&] { daemon->set(handle, kSysContact, "nobody"); });
+        read = self.get(handle, kSysName);
+        write_refusal = refused_with([&] { self.set(handle, kSysContact, "nobody"); });
         done.open();
         return agreeable(op);
       });
@@ -261,8 +256,8 @@ TEST_F(Daemons, ClientThatVanishesInTheMiddleCostsNoDaemon) {
   ASSERT_TRUE(done.wait());
   EXPECT_EQ(read, "x");
   EXPECT_EQ(write_refusal, ErrorCode::access);
-  ASSERT_TRUE(daemon->wait_for(Op::trans_finish, 1));
-  const auto calls = daemon->calls();
+  ASSERT_TRUE(daemon.wait_for(Op::trans_finish, 1));
+  const auto calls = daemon.calls();
   EXPECT_EQ(calls.back().op, Op::trans_finish);
   NorthboundSession session(port(), "next", Access::read);
   EXPECT_FALSE(session.get(at(kSysName)).has_value());
@@ -270,11 +265,10 @@ TEST_F(Daemons, ClientThatVanishesInTheMiddleCostsNoDaemon) {
 
 TEST_F(Daemons, RefusalWithoutATextTakesTheNestedOneOrNamesTheNode) {
   std::atomic<bool> nested = true;
-  std::unique_ptr<ScriptedDaemon> daemon;
-  daemon = std::make_unique<ScriptedDaemon>(
-      port(), "laconic", "notify", [&](Op op, std::uint64_t handle) {
+  ScriptedDaemon daemon(
+      port(), "laconic", "notify", [&](ScriptedDaemon& self, Op op, std::uint64_t handle) {
         if (op != Op::cb_set_elem) return agreeable(op);
-        if (nested) refused_with([&] { daemon->set(handle, kSysName, std::string(300, 'x')); });
+        if (nested) refused_with([&] { self.set(handle, kSysName, std::string(300, 'x')); });
         return std::move(reply(ReplyKind::error).put(""));
       });
   NorthboundSession session(port(), "test", Access::write);

@@ -157,7 +157,7 @@ bool ScriptedDaemon::serve(RawClient& socket) {
     if (op == Op::trans_init) maapi_.request(std::move(message(Op::attach).put(handle)));
     return socket.send(std::move(success().put(std::uint64_t{0})).take());
   }
-  return socket.send(script_(op, handle).take());
+  return socket.send(script_(*this, op, handle).take());
 }
 
 std::string ScriptedDaemon::get(std::uint64_t handle, const std::string& path) {

@@ -73,7 +73,8 @@ struct Call {
 // One thread serves its control and worker socket, as a daemon's does.
 class ScriptedDaemon {
  public:
-  using Script = std::function<FrameWriter(Op, std::uint64_t handle)>;  // answers a callback
+  // Answers a callback, perhaps after calls of its own.
+  using Script = std::function<FrameWriter(ScriptedDaemon&, Op, std::uint64_t handle)>;
 
   ScriptedDaemon(std::uint16_t port, const std::string& name, const std::string& callpoint,
                  Script script);

@@ -145,14 +145,6 @@ TEST(OwnedKeypathTest, PathTravelsBothWays) {
   EXPECT_EQ(to_wire(*kp.get()), path);
 }
 
-TEST(OwnedKeypathTest, PastTheDimensionsIsAProtocolError) {
-  EXPECT_NO_THROW(OwnedKeypath(Keypath(25, element("a"))));
-  EXPECT_THROW(OwnedKeypath(Keypath(26, element("a"))), WireError);
-  EXPECT_NO_THROW(OwnedKeypath(Keypath(1, Level(16, Value::int32(1)))));
-  EXPECT_THROW(OwnedKeypath(Keypath(1, Level(17, Value::int32(1)))), WireError);
-  EXPECT_THROW(OwnedKeypath(Keypath(1, Level())), WireError);
-}
-
 TEST(FreeHkeypath, MallocedKeypathIsFreedWithItsValues) {
   auto* kp = static_cast<confd_hkeypath_t*>(std::malloc(sizeof(confd_hkeypath_t)));
   confd_value_t v;

@@ -160,15 +160,10 @@ TEST_F(Nested, DamagedKeysGiveNothing) {
   ASSERT_TRUE(entry_keys(key, list_key, 2));
   for (std::size_t n = 0; n < key.size(); ++n)
     EXPECT_FALSE(entry_keys(key.substr(0, n), list_key, 2)) << "cut to " << n;
-  const std::vector<std::pair<std::string, std::string>> damaged = {
-      {"unknown type", list_key + "\x63"},
-      {"type without order", list_key + static_cast<char>(Type::list)},
-      {"escape of nothing", list_key + std::string("\6a\0\1\0\0", 6)},
-      {"boolean 2", list_key + std::string("\x12\2", 2)},
-      {"sub-identifier's head", list_key + std::string("\x26\2\0\0\0\1\0", 7)},
-      {"another list", "\7\3" + key.substr(2)},
-  };
-  for (const auto& [name, octets] : damaged) EXPECT_FALSE(entry_keys(octets, list_key, 1)) << name;
+  for (const std::string& octets :
+       {list_key + "\x63", list_key + std::string("\6a\0\1\0\0", 6),
+        list_key + std::string("\x12\2", 2), list_key + std::string("\x26\2\0\0\0\1\0", 7)})
+    EXPECT_FALSE(entry_keys(octets, list_key, 1));
 }
 
 TEST(KeyCodec, ValuesWithoutAnOrderAreRefused) {

@@ -58,15 +58,6 @@ TEST(Store, FilesAreTheOwnersAlone) {
     EXPECT_EQ(mode_of(dir / name), 0600U) << name;
 }
 
-TEST(Store, SecondServerIsRefusedUntilTheFirstCloses) {
-  const TempDir dir;
-  const auto first = Store::open(dir / "db");
-  EXPECT_THAT(refusal_of([&] { Store::open(dir / "db"); }), HasSubstr("in use"));
-  first->apply({{"a", "1"}});
-  first->close();
-  EXPECT_EQ(Store::open(dir / "db")->get("a"), "1");
-}
-
 void make_database(const std::string& file, const char* sql) {
   sqlite3* db = nullptr;
   ASSERT_EQ(sqlite3_open(file.c_str(), &db), SQLITE_OK);

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
-
 namespace standin {
 namespace {
 
@@ -18,13 +16,8 @@ TEST(Cipher, TextOfAnyLengthComesBack) {
     EXPECT_TRUE(in_encrypted_form(form));
     EXPECT_EQ(decrypt_text(form, kKey), clear);
     EXPECT_LE(clear.size(), form.size());
+    EXPECT_NE(encrypt_text(clear, kKey), form) << "the same text twice";
   }
-}
-
-TEST(Cipher, SameTextTwiceGivesDifferentForms) {
-  std::set<std::string> forms;
-  for (int i = 0; i < 8; ++i) forms.insert(encrypt_text("the same password", kKey));
-  EXPECT_EQ(forms.size(), 8u);
 }
 
 TEST(Cipher, AnyChangedCharacterIsRefused) {
