@@ -16,27 +16,6 @@ class Target : public TargetWorld {
   }
 };
 
-TEST_F(Target, CreatedTargetsHaveParamsRowsOfTheirOwnAndDefaults) {
-  changes({"set " + target("u", "v1/sec-name") + " public"},
-          {{addr("t", "Params"), "ConfD1"},
-           {addr("u", "Params"), "ConfD2"},
-           {addr("u", "TagList"), ""},
-           {addr("u", "RetryCount"), "3"},
-           {target("u", "name"), "u"},
-           {target("u", "tag"), kNone},
-           {target("u", "retries"), "3"},
-           {target("u", "timeout"), "1500"},  // RFC 3413: DEFVAL
-           {target("u", "engine-id"), kNone},
-           {target("u", "ip"), kNone},
-           {target("u", "port"), kNone}});
-  // The first number that is free, not the one after the last.
-  answers({"set " + target("v", "v1/sec-name") + " public"});
-  answers({"delete " + target("u")});
-  EXPECT_EQ(answers({"keys " + kParamsRows}), "ConfD1\nConfD3\n");
-  changes({"set " + target("w", "v1/sec-name") + " public"}, {{addr("w", "Params"), "ConfD2"}});
-  EXPECT_EQ(answers({"keys " + kTargets, "keys " + kAddrRows}), "t\nv\nw\nt\nv\nw\n");
-}
-
 TEST_F(Target, AddressThroughAllItsStates) {
   struct Step {
     std::string line;
@@ -65,29 +44,6 @@ TEST_F(Target, AddressThroughAllItsStates) {
                           {addr("t", "TDomain"), step.domain},
                           {addr("t", "TAddress"), step.octets}});
   }
-}
-
-TEST_F(Target, StoredAddressesOfAnyLengthAreRead) {
-  const std::string other = "set " + addr("t", "TAddress") + " ";
-  const std::string domain = "set " + addr("t", "TDomain") + " " + kUdpIpv4;
-  // Six octets are IPv4, eighteen IPv6, whatever the domain says.
-  changes({domain, other + "01:02:03:04:00:a2"},
-          {{target("t", "ip"), "1.2.3.4"}, {target("t", "port"), "162"}});
-  changes({other + "fe:80:00:00:00:00:00:00:00:00:00:00:00:00:00:01:01:00"},
-          {{target("t", "ip"), "fe80::1"}, {target("t", "port"), "256"}});
-  // The last two are the port, the first four the address.
-  changes({other + "01:02:03:04:05:06:00:a1"},
-          {{target("t", "ip"), "1.2.3.4"}, {target("t", "port"), "161"}});
-  // Too short to be read: written afresh.
-  const Facts unread = {{target("t", "ip"), kNone}, {target("t", "port"), kNone}};
-  changes({other + "01:02:03:04:05"}, unread);
-  changes({other + "01"}, unread);
-  changes({"set " + target("t", "port") + " 163"},
-          {{addr("t", "TAddress"), "00:00:00:00:00:a3"}, {target("t", "ip"), "0.0.0.0"}});
-  changes({other + "01:02", "set " + target("t", "ip") + " 10.0.0.1"},
-          {{addr("t", "TAddress"), "0a:00:00:01:00:a2"}});
-  // An address without a domain is not one.
-  changes({"delete " + addr("t", "TDomain")}, unread);
 }
 
 TEST_F(Target, RefusalsNameTheReasonAndChangeNothing) {

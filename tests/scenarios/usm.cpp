@@ -98,14 +98,6 @@ TEST_F(Usm, RowWithoutAnyColumnReadsAsAUserWithoutSides) {
   EXPECT_EQ(cli({"show", kLocal}).out, "snmp\n  usm\n    local\n      user bare\n");
 }
 
-TEST_F(Usm, RemovedUsersAndEnginesTakeTheirRowsAlong) {
-  answers({"create " + local("joe"), "create " + remote(kOther, "joe"),
-           "create " + remote(kOther, "ann"), "create " + remote(kOther2, "joe")});
-  EXPECT_EQ(answers({"delete " + remote(kOther), "keys " + kUsmTable, "delete " + local("joe"),
-                     "exists " + remote(kOther), "keys " + kUsmTable, "keys " + kLocal + "/user"}),
-            kOther2 + " joe\n" + kOwnId + " joe\nfalse\n" + kOther2 + " joe\n");
-}
-
 TEST_F(Usm, RefusalsSayWhy) {
   answers({"create " + local("joe"), "set " + local("joe") + "/auth/md5/key " + kKey16,
            "create " + remote(kOther, "joe")});

@@ -105,19 +105,5 @@ TEST_F(VacmAccess, RowsOfTheMibSideAreListedWithWhateverModel) {
   EXPECT_EQ(cli({"keys", kGroups}).out, "") << "no member, no group";
 }
 
-TEST_F(VacmAccess, GroupIsDeletedWithItsAccessRowsAndNoOthers) {
-  answers(
-      {"set " + models("g", "alice") + " v1", "set " + models("h", "bob") + " v1",
-       "create " + access("g", "\"\" usm auth-priv"), "create " + access("g", "ctx any auth-priv"),
-       "create " + access("h", "ctx v1 auth-no-priv"), "create " + access_row("g x 9 authPriv")});
-  answers({"delete " + group("g")});
-  EXPECT_EQ(cli({"keys", kAccessRows}).out, "h ctx 1 authNoPriv\n");
-  EXPECT_EQ(cli({"keys", kGroupRows}).out, "1 bob\n");
-  // Without members it does not read as there, but its rows can be deleted all the same.
-  answers({"delete " + group("h") + "/member{bob}"});
-  EXPECT_EQ(answers({"exists " + group("h"), "delete " + group("h"), "keys " + kAccessRows}),
-            "false\n");
-}
-
 }  // namespace
 }  // namespace scenario

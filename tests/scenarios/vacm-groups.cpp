@@ -4,16 +4,6 @@
 namespace scenario {
 namespace {
 
-TEST_F(VacmGroups, RowsReadAsGroupsMembersAndModels) {
-  answers(mib_rows(kExample));
-  EXPECT_EQ(
-      answers({"keys " + kGroups, "keys " + group("g1") + "/member", "get " + models("g1", "alice"),
-               "keys " + models("g1", "alice"), "get " + models("g2", "alice"),
-               "get " + group("g1") + "/name", "get " + member("g2", "alice") + "/sec-name",
-               "exists " + member("g2", "bob"), "exists " + group("g3")}),
-      "g1\ng2\nalice\nbob\nv1 v2c\nv1\nv2c\nusm\ng1\nalice\nfalse\nfalse\n");
-}
-
 TEST_F(VacmGroups, NamesAreListedInTheOrderOfTheirOctets) {
   Strings lines;
   for (const char* name : {"ab", "b", "a", "\xc3\xa9", "G", "aa", "a b"}) {
@@ -80,31 +70,6 @@ TEST_F(VacmGroups, GroupAndMemberAreThereOnlyWhileARowNamesThem) {
                "keys " + kGroups, "delete " + models("g", "alice") + "{v1}",
                "exists " + member("g", "alice"), "keys " + kGroups}),
       "false\nnot there\nfalse\n\ntrue\ng\nfalse\n");
-}
-
-TEST_F(VacmGroups, DeletionTakesTheRowsThatAreMeantAndNoOthers) {
-  struct Case {
-    std::string command;
-    std::vector<GroupRow> left;
-  };
-  const Case cases[] = {
-      {"delete " + models("g1", "alice"), {kExample[2], kExample[3]}},
-      {"set " + models("g1", "alice"), {kExample[2], kExample[3]}},
-      {"delete " + member("g1", "alice"), {kExample[2], kExample[3]}},
-      {"delete " + group("g1"), {kExample[2]}},
-      {"delete " + models("g1", "alice") + "{v2c}", {kExample[0], kExample[2], kExample[3]}},
-      // Whichever group the row is in.
-      {"delete " + models("g1", "alice") + "{usm}", {kExample[0], kExample[1], kExample[3]}},
-      {"set " + models("g1", "alice") + " v2c any",
-       {{"0", "alice", "g1"}, kExample[1], kExample[2], kExample[3]}},
-      {"delete " + kGroups, {}},
-  };
-  answers(mib_rows(kExample));
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.command);
-    EXPECT_EQ(answers({c.command, "show " + kGroupTable, "validate", "abort"}), table(c.left));
-  }
-  EXPECT_EQ(rows(), table(kExample));
 }
 
 TEST_F(VacmGroups, WhatCannotBeDeletedSaysSo) {
