@@ -219,11 +219,11 @@ void NodeWriter::remove_pieces(const NodePath& path, Data::Ancestors ancestors) 
 void NodeWriter::do_create(const NodePath& path) {
   const Node& node = path.node();
   callbacks_.require_daemons(path);
-  if (!is_plain(node)) {  // a container without presence is never passed to a callback
+  touched_.push_back({path, false});  // before what hooks write below it
+  if (!is_plain(node)) {              // a container without presence is never passed to a callback
     if (!node.is_external()) stored_.create(path);
     callbacks_.create(path);
   }
-  touched_.push_back({path, false});
 }
 
 void NodeWriter::do_set(const NodePath& path, const Value& v) {
