@@ -45,6 +45,9 @@ endfunction()
 # daemon
 install_program(quillet-transform daemon 8 ${CMAKE_INSTALL_SBINDIR})
 install_service(quillet-transform daemon)
+install(FILES ${PROJECT_SOURCE_DIR}/docs/operators-guide.md ${PROJECT_SOURCE_DIR}/docs/messages.md
+  ${PROJECT_SOURCE_DIR}/docs/mapping.md COMPONENT daemon
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quillet-transform)
 
 # standin: the server, its client, and the programs that work beside them
 install_program(confd-standin standin 8 ${CMAKE_INSTALL_SBINDIR})
