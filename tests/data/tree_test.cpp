@@ -112,21 +112,5 @@ TEST_F(Tree, LoadRefusesWithPathAndLine) {
   EXPECT_THAT(secret, ::testing::Not(HasSubstr("hushhus")));
 }
 
-TEST_F(Tree, LoadAsksWhetherANodeIsAllowed) {
-  const auto stored_only = [](const NodePath& path) {
-    if (path.node().is_external())
-      throw Refusal(ErrorCode::failed, "not in the first configuration");
-  };
-  EXPECT_EQ(load_json(data, schema(),
-                      R"({"snmp:snmp": {"agent": {"engine-id": {"enterprise-number": 1}}}})",
-                      stored_only),
-            2U);
-  EXPECT_THAT(refusal([&] {
-                load_json(data, schema(), R"({"snmp:snmp": {"community": [{"index": "c"}]}})",
-                          stored_only);
-              }),
-              HasSubstr("/snmp:snmp/community{c}: not in the first configuration"));
-}
-
 }  // namespace
 }  // namespace standin::test

@@ -175,6 +175,7 @@ TEST_F(Daemons, ReentryAndWritesInAReadTransactionAreRefusedAtOnceAndCostNothing
   EXPECT_EQ(session.get(at(kName))->texts.front(), "text");
   EXPECT_EQ(reentry, ErrorCode::deadlock);
   EXPECT_EQ(write, ErrorCode::access);
+  EXPECT_EQ(refused_with([&] { session.set(at(kSysName), {"x"}); }), ErrorCode::access);
   EXPECT_FALSE(session.get(at(kSysName)).has_value());
 }
 

@@ -13,20 +13,6 @@ std::optional<std::string> text_of(NorthboundSession& session, const std::string
   return got ? std::optional(got->texts.front()) : std::nullopt;
 }
 
-TEST_F(Transactions, OnlyACommitReachesOthers) {
-  NorthboundSession writer(port(), "writer", Access::write);
-  writer.set(at(kSysName), {"one"});
-  EXPECT_EQ(text_of(writer, kSysName), "one");
-  NorthboundSession reader(port(), "reader", Access::read);
-  EXPECT_EQ(text_of(reader, kSysName), std::nullopt);
-  writer.abort();
-  EXPECT_EQ(text_of(writer, kSysName), std::nullopt);
-  writer.set(at(kSysName), {"two"});
-  writer.commit();
-  EXPECT_EQ(text_of(reader, kSysName), "two");
-  EXPECT_THROW(reader.set(at(kSysName), {"three"}), Refused);
-}
-
 TEST_F(Transactions, SlowerOfTwoWritersIsRefusedAndMayTryAgain) {
   for (const bool same_leaf : {true, false}) {  // the other leaf is read by the slower one
     const std::string leaf = same_leaf ? kSysName : kSysContact;

@@ -134,17 +134,6 @@ TEST(FormatKeypath, OtherConversionsGiveTheirTextCutToTheBuffer) {
   EXPECT_STREQ(buf, "");
 }
 
-TEST(OwnedKeypathTest, PathTravelsBothWays) {
-  const Keypath path = {element("a"), {Value::buf("k"), Value::int32(2)}, element("b")};
-  OwnedKeypath kp(path);
-  EXPECT_EQ(kp.get()->len, 3);
-  EXPECT_EQ(kp.get()->v[0][0].type, C_XMLTAG);
-  EXPECT_EQ(CONFD_GET_INT32(&kp.get()->v[1][1]), 2);
-  EXPECT_EQ(kp.get()->v[1][2].type, C_NOEXISTS);
-  EXPECT_EQ(kp.get()->v[3][0].type, C_NOEXISTS);
-  EXPECT_EQ(to_wire(*kp.get()), path);
-}
-
 TEST(FreeHkeypath, MallocedKeypathIsFreedWithItsValues) {
   auto* kp = static_cast<confd_hkeypath_t*>(std::malloc(sizeof(confd_hkeypath_t)));
   confd_value_t v;

@@ -35,21 +35,6 @@ TEST(SchemaNodes, PresenceIsOnlyWhatTheModelSays) {
   for (const auto& [path, kind] : kKinds) EXPECT_EQ(node_at(path).kind, kind) << path;
 }
 
-TEST(SchemaNodes, DefaultsAreReadByTheType) {
-  EXPECT_EQ(node_at("/confdConfig/snmpAgent/enabled").dflt, Value::boolean(false));
-  EXPECT_EQ(node_at("/confdConfig/snmpAgent/port").dflt, std::nullopt);
-  EXPECT_EQ(node_at("/confdConfig/snmpAgent/snmpEngine/snmpEngineID").dflt,
-            Value::octets(std::string("\x80\x00\x7e\xd9\x05\0\0\0\0", 9)));
-  const std::string kUser = "/SNMP-USER-BASED-SM-MIB/usmUserTable/usmUserEntry{80:00:00:01:05 a}/";
-  EXPECT_EQ(node_at(kUser + "usmUserAuthProtocol").dflt,
-            Value::oid({1, 3, 6, 1, 6, 3, 10, 1, 1, 1}));
-  EXPECT_EQ(node_at(kUser + "usmUserStorageType").dflt, Value::enumeration(3));
-  EXPECT_EQ(node_at("/SNMP-VIEW-BASED-ACM-MIB/vacmViewTreeFamilyTable/"
-                    "vacmViewTreeFamilyEntry{v 0}/vacmViewTreeFamilyType")
-                .dflt,
-            std::nullopt);
-}
-
 TEST(SchemaNodes, NorthboundModelHasNoDefaults) {
   for (const Node* n : product_schema().all()) {
     EXPECT_FALSE(n->module == "snmp" && n->dflt) << n->name;

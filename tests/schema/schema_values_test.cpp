@@ -163,13 +163,10 @@ TEST(SchemaValues, TypedValueOfAnotherTypeIsABadType) {
   const std::vector<std::pair<std::string, Value>> kWrong = {
       {kTargetRow + "snmpTargetAddrTimeout", Value::unsigned_number(Type::uint32, 5)},
       {kTargetRow + "snmpTargetAddrTimeout", Value()},
-      {kTargetRow + "snmpTargetAddrParams", Value::octets("a")},
       {kTargetRow + "snmpTargetAddrStorageType", Value::int32(3)},
-      {"/snmp/agent/ip", Value::octets(std::string(4, '\1'))},
       {"/snmp/agent/location", Value::list({Value::buf("a")})},
       {"/snmp/agent/version/v1", Value::boolean(true)},
       {"/snmp/agent", Value::buf("a")},
-      {"/snmp/community", Value::buf("a")},
   };
   for (const auto& [path, value] : kWrong) {
     ErrorCode code{};
