@@ -326,6 +326,12 @@ TEST_F(Maapi, DatabasePhaseIsReadOnItsOwnSocket) {
   EXPECT_EQ(phase.phase, 2);
   EXPECT_EQ(phase.flags, 0);
   EXPECT_EQ(cdb_close(cdb), CONFD_OK);
+  sockaddr_in nobody = server;
+  nobody.sin_port = htons(free_port());
+  const Descriptor refused(::socket(AF_INET, SOCK_STREAM, 0));
+  EXPECT_NE(cdb_connect(refused.get(), CDB_DATA_SOCKET, reinterpret_cast<sockaddr*>(&nobody),
+                        sizeof nobody),
+            CONFD_OK);
   int initial = 0;
   EXPECT_NE(maapi_attach_init(sock, &initial), CONFD_OK);
 }
