@@ -147,8 +147,14 @@ Outcome run_attr(Context& context, const Call& call) {
 }
 
 Outcome run_load(Context& context, const Call& call) {
-  std::string json = read_file(call.operands.front());
-  context.session().load(json);
+  const std::string& file = call.operands.front();
+  std::string json = read_file(file);
+  try {
+    context.session().load(json);
+  } catch (const Refused& e) {
+    cleanse(json);
+    throw Refused(e.code, file + ": " + e.what());
+  }
   cleanse(json);
   return Outcome::done;
 }
