@@ -33,6 +33,21 @@ run() {
   [[ $answer == *"$2"* ]] || die "the answer should have held: $2"
 }
 
+# beside TEXT LEFT RIGHT: shows two commands and their answers side by side; the right one's must
+# hold TEXT.
+beside() {
+  local left right line row width=0
+  printf '%s  $ %s\n  $ %s%s\n' "$command_colour" "$2" "$3" "$plain"
+  mapfile -t left < <(eval "$2")
+  mapfile -t right < <(eval "$3")
+  [[ ${right[*]} == *"$1"* ]] || die "the answer should have held: $1"
+  for line in "${left[@]}"; do [ ${#line} -le "$width" ] || width=${#line}; done
+  for ((row = 0; row < ${#left[@]} || row < ${#right[@]}; row++)); do
+    line=${left[row]:-}
+    printf '    %s%*s   %s\n' "$line" $((width - ${#line})) '' "${right[row]:-}"
+  done
+}
+
 # wait_for FILE PATTERN COUNT SECONDS: until as many lines of the file match.
 wait_for() {
   local tries=$(($4 * 20))
@@ -90,9 +105,9 @@ configure() {
   heading "An agent, from one file"
   run 0 '' "$cli load agent.json"
   run 0 '' "$cli set /snmp:snmp/agent/port $agent_port"
-  say "communities as operators see them, and the rows that are stored for them"
-  run 0 'sec-name reader' "$cli show /snmp:snmp/community"
-  run 0 snmpCommunityName "$cli show /SNMP_COMMUNITY_MIB:SNMP-COMMUNITY-MIB"
+  say "a community as operators see it, and the row that is stored for it"
+  beside 'snmpCommunityName public' "$cli show '/snmp:snmp/community{public}'" \
+    "$cli show '/SNMP_COMMUNITY_MIB:SNMP-COMMUNITY-MIB/snmpCommunityTable/snmpCommunityEntry{public}'"
 
   heading "Four lines, and an SNMPv3 manager can log in"
   run 0 '' "$cli create '/snmp:snmp/usm/local/user{ops}'"
