@@ -27,8 +27,10 @@ class Random {
 
   Value value(Type t) {
     switch (t) {
-      case Type::int64:
-        return Value::signed_number(t, static_cast<std::int64_t>(number() * (below(2) ? 1U : -1U)));
+      case Type::int64: {
+        const std::uint64_t n = number();
+        return Value::signed_number(t, static_cast<std::int64_t>(below(2) ? n : 0 - n));
+      }
       case Type::uint64:
         return Value::unsigned_number(t, number());
       case Type::buf:
