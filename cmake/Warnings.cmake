@@ -6,6 +6,8 @@ target_compile_options(quillet_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   target_compile_options(quillet_flags INTERFACE $<$<CONFIG:Release>:-Wno-restrict>)
 endif()
+# Assertions and debug information name sources from the top of the tree, wherever it was built.
+target_compile_options(quillet_flags INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 target_include_directories(quillet_flags INTERFACE ${PROJECT_SOURCE_DIR})
 if(QUILLET_SANITIZE)
   add_compile_options(-fsanitize=${QUILLET_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
