@@ -223,6 +223,22 @@ class Parser {
 
 }  // namespace
 
+Json::Kind json_kind(Type type) {
+  switch (type) {
+    case Type::int8:
+    case Type::int16:
+    case Type::int32:
+    case Type::uint8:
+    case Type::uint16:
+    case Type::uint32:
+      return Json::Kind::number;
+    case Type::boolean:
+      return Json::Kind::boolean;
+    default:
+      return Json::Kind::string;
+  }
+}
+
 Json parse_json(std::string_view text) { return Parser(text).document(); }
 
 }  // namespace standin

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/wire/value.h"
+
 namespace standin {
 
 struct JsonMember;
@@ -22,6 +24,10 @@ struct JsonMember {
   std::string name;
   Json value;
 };
+
+// How a value of that type stands in the text: numbers of up to 32 bits and booleans bare, all else
+// in quotes (RFC 7951, section 6.1).
+Json::Kind json_kind(Type type);
 
 // Throws Refusal (badvalue), "line 3: ..."; nesting is bounded.
 Json parse_json(std::string_view text);

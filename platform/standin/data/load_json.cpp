@@ -9,23 +9,6 @@
 namespace standin {
 namespace {
 
-// RFC 7951, 6.1: numbers of up to 32 bits and booleans stand bare, all else in quotes.
-bool fits(const Node& node, Json::Kind kind) {
-  switch (node.type) {
-    case Type::int8:
-    case Type::int16:
-    case Type::int32:
-    case Type::uint8:
-    case Type::uint16:
-    case Type::uint32:
-      return kind == Json::Kind::number;
-    case Type::boolean:
-      return kind == Json::Kind::boolean;
-    default:
-      return kind == Json::Kind::string;
-  }
-}
-
 // List entries: the objects that stand in arrays.
 std::uint64_t entries_in(const Json& json) {
   std::uint64_t count = 0;
@@ -214,7 +197,7 @@ Level Loader::keys(const NodePath& list, const Json& entry) const {
 }
 
 std::string Loader::text(const NodePath& path, const Json& json) const {
-  if (!fits(path.node(), json.kind)) {
+  if (json.kind != json_kind(path.node().type)) {
     fail(json, schema_.to_text(path), "a value of type " + path.node().type_name + " was expected");
   }
   return json.text;

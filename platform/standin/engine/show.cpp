@@ -1,5 +1,6 @@
 #include "platform/standin/engine/show.h"
 
+#include "platform/standin/data/json.h"
 #include "platform/wire/messages.h"
 
 namespace standin {
@@ -94,18 +95,7 @@ class TreeWriter {
 std::string_view json_form(const Node& node, const Value& v) {
   if (node.type == Type::xmltag) return "empty";
   if (node.type == Type::enumeration) return "str";
-  switch (v.type()) {
-    case Type::boolean:
-    case Type::int8:
-    case Type::int16:
-    case Type::int32:
-    case Type::uint8:
-    case Type::uint16:
-    case Type::uint32:
-      return "raw";
-    default:
-      return "str";
-  }
+  return json_kind(v.type()) == Json::Kind::string ? "str" : "raw";
 }
 
 bool put_tree(FrameWriter& out, const Schema& schema, const std::vector<TreeNode>& nodes) {
