@@ -53,6 +53,13 @@ double median(std::vector<double> values) {
   return *middle;
 }
 
+double seconds_to_derive(const Algorithm& algorithm, const std::string& password, Key& key) {
+  return seconds_of([&] {
+    algorithm.derive(octets(password), password.size(), octets(engine_id()), engine_id().size(),
+                     key.data());
+  });
+}
+
 void derivation(benchmark::State& state, const Algorithm& algorithm, std::size_t password_size) {
   const std::string password(password_size, 'p');
   const std::string expanded(kMebibyte, 'p');
@@ -60,10 +67,7 @@ void derivation(benchmark::State& state, const Algorithm& algorithm, std::size_t
   std::vector<double> ratios;
   // The bare digest is measured beside each derivation, so that both have the same machine.
   for ([[maybe_unused]] auto _ : state) {
-    const double own = seconds_of([&] {
-      algorithm.derive(octets(password), password.size(), octets(engine_id()), engine_id().size(),
-                       key.data());
-    });
+    const double own = seconds_to_derive(algorithm, password, key);
     benchmark::DoNotOptimize(key);
     state.SetIterationTime(own);
     ratios.push_back(own / seconds_of([&] {
@@ -81,10 +85,7 @@ void against_netsnmp(benchmark::State& state, const Algorithm& algorithm) {
   Key key{};
   std::vector<double> ratios;
   for ([[maybe_unused]] auto _ : state) {
-    const double own = seconds_of([&] {
-      algorithm.derive(octets(password), password.size(), octets(engine_id()), engine_id().size(),
-                       key.data());
-    });
+    const double own = seconds_to_derive(algorithm, password, key);
     state.SetIterationTime(own);
     ratios.push_back(own / seconds_of([&] {
                        std::size_t size = key.size();
